@@ -1,0 +1,27 @@
+# How every target of the project is built; flags belong to targets, never to the directory.
+
+add_library(ryn_build_flags INTERFACE)
+target_compile_features(ryn_build_flags INTERFACE cxx_std_20)
+target_include_directories(ryn_build_flags INTERFACE "${CMAKE_SOURCE_DIR}")
+target_compile_definitions(ryn_build_flags INTERFACE
+  UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX
+  # Oldest Windows whose declarations we use; what is newer is looked up at run time.
+  _WIN32_WINNT=0x0601 WINVER=0x0601)
+target_compile_options(ryn_build_flags INTERFACE
+  $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror>
+  $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong -ffunction-sections -fdata-sections>)
+target_link_options(ryn_build_flags INTERFACE
+  # One file to copy: no libstdc++, libgcc or winpthread beside the program.
+  -static
+  # Brings libssp in.
+  -fstack-protector-strong
+  -Wl,--gc-sections
+  -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat
+  $<$<CONFIG:MinSizeRel>:-s>)
+
+# ryn_library(NAME SOURCES ... LINKS ...): one folder's static library.
+function(ryn_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
+  add_library(${name} STATIC ${arg_SOURCES})
+  target_link_libraries(${name} PUBLIC ryn_build_flags ${arg_LINKS})
+endfunction()

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <string_view>
+
+namespace ryn {
+
+/// Characters in the system's classic path buffers, terminator included.
+inline constexpr DWORD kPathBufferSize = MAX_PATH;
+
+/// Full path of the running program, of any length. Throws TerminalError
+/// "unable to locate executable" when the system does not tell it.
+std::wstring modulePath();
+
+/// The current folder; empty when it is longer than the classic path buffer.
+std::wstring currentFolder();
+
+/// Absolute as the property files mean it: the first character is "\" or the second is ":".
+bool isAbsolutePath(std::wstring_view path);
+
+/// `folder` + "\" + `name`, without a second "\" when `folder` ends in one.
+std::wstring joinPath(std::wstring_view folder, std::wstring_view name);
+
+/// Without "." and ".." segments, as GetFullPathNameW gives it; relative paths count from the
+/// current folder. Unchanged when the system refuses it, empty for an empty path.
+std::wstring normalisePath(const std::wstring& path);
+
+/// Absolute long form (GetFullPathNameW, then GetLongPathNameW, each with the classic buffer).
+/// A path that does not fit keeps the longest form that was had.
+std::wstring expandPath(const std::wstring& path);
+
+/// The text before the last "\"; "." when there is none. Only "\" separates.
+std::wstring folderPart(std::wstring_view path);
+
+/// The text after the last "\"; the whole path when there is none.
+std::wstring fileName(std::wstring_view path);
+
+/// `path` with the extension of its file name replaced by `extension` (with its dot); a file name
+/// without an extension gets it appended.
+std::wstring replaceExtension(std::wstring_view path, std::wstring_view extension);
+
+}  // namespace ryn

@@ -1,0 +1,116 @@
+#include "platform/registry_key.h"
+
+#include <string_view>
+
+namespace ryn {
+namespace {
+
+std::wstring systemErrorText(DWORD error) {
+  wchar_t text[128];
+  const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                      error, MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT), text,
+                                      static_cast<DWORD>(std::size(text)), nullptr);
+  return std::wstring(text, length);
+}
+
+}  // namespace
+
+RegistryKey::RegistryKey(const std::wstring& subkey, REGSAM access)
+    : RegistryKey(HKEY_LOCAL_MACHINE, subkey, access) {}
+
+RegistryKey::RegistryKey(HKEY root, const std::wstring& subkey, REGSAM access) : path_(subkey) {
+  open(root, subkey, access);
+}
+
+RegistryKey::RegistryKey(const RegistryKey& parent, const std::wstring& subkey)
+    : path_(parent.path() + L"\\" + subkey) {
+  // A closed parent's null handle would make the system open something else.
+  if (parent.handle() == nullptr) throw KeyException(L"key not open", L"");
+  open(parent.handle(), subkey, KEY_READ);
+}
+
+void RegistryKey::open(HKEY root, const std::wstring& subkey, REGSAM access) {
+  if (RegOpenKeyExW(root, subkey.c_str(), 0, access, handle_.receive()) == ERROR_SUCCESS) return;
+
+  // Some keys grant no more than looking at values and subkeys; the view bits are dropped with the
+  // rest, because a key that exists in one view only is better than none.
+  static constexpr REGSAM kLeastAccess = KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS;
+  LSTATUS status = RegOpenKeyExW(root, subkey.c_str(), 0, kLeastAccess, handle_.receive());
+  if (status == ERROR_SUCCESS) return;
+
+  // Last, the remote registry interface of this machine itself, which takes predefined roots only.
+  UniqueHkey connected;
+  if (RegConnectRegistryW(nullptr, root, connected.receive()) == ERROR_SUCCESS) {
+    status = RegOpenKeyExW(connected.get(), subkey.c_str(), 0, access, handle_.receive());
+    // On one's own machine Windows connects a predefined root to itself; such a handle stays open.
+    if (connected.get() == root) connected.release();
+    if (status == ERROR_SUCCESS) return;
+  }
+  // The registry calls return their error and leave the thread's last error alone.
+  SetLastError(static_cast<DWORD>(status));
+  throw KeyException(systemErrorText(GetLastError()), subkey);
+}
+
+std::wstring RegistryKey::queryString(const std::wstring& name) const {
+  if (!handle_) throw KeyException(L"key not open", L"");
+
+  BYTE data[512];
+  DWORD sizeBytes = sizeof(data);
+  DWORD type = REG_NONE;
+  if (RegQueryValueExW(handle_.get(), name.c_str(), nullptr, &type, data, &sizeBytes) != ERROR_SUCCESS) {
+    throw KeyException(L"key query failed", path_);
+  }
+  if (type != REG_SZ && type != REG_EXPAND_SZ && type != REG_MULTI_SZ) {
+    throw KeyException(L"value not a string", path_);
+  }
+  std::wstring text;
+  for (DWORD i = 0; i < sizeBytes; ++i) {
+    if (data[i] != 0) text.push_back(data[i]);
+  }
+  return text;
+}
+
+std::vector<std::wstring> RegistryKey::subkeyNames() const {
+  if (!handle_) throw KeyException(L"key not open", L"");
+
+  std::vector<std::wstring> names;
+  wchar_t name[256] = L"";
+  // Only "no more items" ends the list: a name too long for the buffer comes out as it stands and
+  // the next one follows. Errors that are not about one item would repeat for ever.
+  for (DWORD index = 0;; ++index) {
+    DWORD size = static_cast<DWORD>(std::size(name));
+    const LSTATUS status =
+        RegEnumKeyExW(handle_.get(), index, name, &size, nullptr, nullptr, nullptr, nullptr);
+    if (status == ERROR_NO_MORE_ITEMS) return names;
+    if (status == ERROR_KEY_DELETED || status == ERROR_INVALID_HANDLE || status == ERROR_ACCESS_DENIED) {
+      return names;
+    }
+    names.emplace_back(name);
+  }
+}
+
+HKEY rootKeyFromPath(const std::wstring& path) {
+  struct Root {
+    std::wstring_view prefix;
+    HKEY key;
+  };
+  // HKEY_PERFORMANCE_TEXT and _NLSTEXT are never reached by HKEY_PERFORMANCE_DATA's prefix, so the
+  // order matters only for reading.
+  const Root roots[] = {
+      {L"\\HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT},
+      {L"\\HKEY_CURRENT_USER", HKEY_CURRENT_USER},
+      {L"\\HKEY_LOCAL_MACHINE", HKEY_LOCAL_MACHINE},
+      {L"\\HKEY_USERS", HKEY_USERS},
+      {L"\\HKEY_PERFORMANCE_DATA", HKEY_PERFORMANCE_DATA},
+      {L"\\HKEY_PERFORMANCE_TEXT", HKEY_PERFORMANCE_TEXT},
+      {L"\\HKEY_PERFORMANCE_NLSTEXT", HKEY_PERFORMANCE_NLSTEXT},
+      {L"\\HKEY_CURRENT_CONFIG", HKEY_CURRENT_CONFIG},
+      {L"\\HKEY_DYN_DATA", HKEY_DYN_DATA},
+  };
+  for (const Root& root : roots) {
+    if (path.starts_with(root.prefix)) return root.key;
+  }
+  return nullptr;
+}
+
+}  // namespace ryn

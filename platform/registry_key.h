@@ -1,0 +1,75 @@
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/errors.h"
+#include "platform/unique_handle.h"
+
+namespace ryn {
+
+/// A registry operation that failed.
+class RegistryException : public WideException {
+ public:
+  using WideException::WideException;
+};
+
+/// The same with the key concerned; `keyPath` is empty when the key was never opened.
+class KeyException : public RegistryException {
+ public:
+  KeyException(std::wstring message, std::wstring keyPath)
+      : RegistryException(std::move(message)), keyPath_(std::move(keyPath)) {}
+
+  const std::wstring& keyPath() const noexcept { return keyPath_; }
+
+ private:
+  std::wstring keyPath_;
+};
+
+/// A registry key open for reading, closed on destruction; not copied. Every failure is a
+/// KeyException; callers that search catch it and go on.
+class RegistryKey {
+ public:
+  /// Opens `subkey` of HKEY_LOCAL_MACHINE with `access`: KEY_READ, optionally with a WOW64 view bit,
+  /// which reaches the system unchanged.
+  RegistryKey(const std::wstring& subkey, REGSAM access);
+
+  /// Opens `subkey` of a predefined root key; `path()` is the subkey.
+  RegistryKey(HKEY root, const std::wstring& subkey, REGSAM access);
+
+  /// Opens a direct or deeper child of `parent` with KEY_READ; `path()` is the parent's path + "\" +
+  /// `subkey`.
+  RegistryKey(const RegistryKey& parent, const std::wstring& subkey);
+
+  RegistryKey(const RegistryKey&) = delete;
+  RegistryKey& operator=(const RegistryKey&) = delete;
+
+  /// Closes the key early; what is asked of it afterwards throws "key not open".
+  void close() { handle_.reset(); }
+
+  HKEY handle() const { return handle_.get(); }
+  const std::wstring& path() const { return path_; }
+
+  /// Text of the value `name` (the key's default value when empty), at most 512 bytes as stored.
+  /// Missing or longer: "key query failed"; not text: "value not a string". Zero bytes are dropped
+  /// and each other byte is one character: text below U+0100 comes out whole, the strings of a
+  /// REG_MULTI_SZ run together, REG_EXPAND_SZ is not expanded.
+  std::wstring queryString(const std::wstring& name) const;
+
+  /// Names of the direct subkeys in the system's order.
+  std::vector<std::wstring> subkeyNames() const;
+
+ private:
+  void open(HKEY root, const std::wstring& subkey, REGSAM access);
+
+  std::wstring path_;
+  UniqueHkey handle_;
+};
+
+/// The predefined key that `path` names with its first component, such as
+/// "\HKEY_LOCAL_MACHINE\SOFTWARE"; null without the leading "\" or in other letter case.
+HKEY rootKeyFromPath(const std::wstring& path);
+
+}  // namespace ryn

@@ -1,0 +1,30 @@
+#include "properties/environment_export.h"
+
+#include "platform/text.h"
+#include "properties/keys.h"
+#include "properties/property_file.h"
+#include "properties/temp_properties_file.h"
+
+namespace ryn {
+
+std::wstring environmentLines(const EnvironmentMap& environment) {
+  std::wstring lines;
+  for (const auto& variable : environment) {
+    const std::wstring name = escapeProperty(variable.first);
+    // The Java side asks by the escaped name, and so has the look-up always done.
+    const auto found = environment.find(name);
+    const std::wstring value = found == environment.end() ? std::wstring() : escapeProperty(found->second);
+    const std::wstring end = L"=" + value + L"\n";
+    lines.append(keys::kEnvironmentPrefix).append(lowerCase(name)).append(end);
+    lines.append(keys::kEnvironmentPrefix).append(upperCase(name)).append(end);
+    lines.append(keys::kExactEnvironmentPrefix).append(name).append(end);
+  }
+  return lines;
+}
+
+void exportEnvironment(const EnvironmentMap& environment) {
+  if (environment.empty()) return;
+  TempPropertiesFile::instance().append(environmentLines(environment));
+}
+
+}  // namespace ryn

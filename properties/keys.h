@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "properties/property_file.h"
+
+namespace ryn {
+
+/// Key texts; each stands once in the program. Those that only the launcher reads have their accessor
+/// below, with type and default.
+namespace keys {
+
+inline constexpr std::wstring_view kCurrentVm = L"ryn.nl.current.vm";
+inline constexpr std::wstring_view kStdoutRedirect = L"ryn.stdout.redirect";
+inline constexpr std::wstring_view kStderrRedirect = L"ryn.stderr.redirect";
+
+/// Written for the Java side, never read here.
+inline constexpr std::wstring_view kControlKey = L"ryn.control-key";
+inline constexpr std::wstring_view kEnvironmentPrefix = L"ryn.nl.env.";
+inline constexpr std::wstring_view kExactEnvironmentPrefix = L"ryn.nl.env.exact_case.";
+
+/// Stands in the class path for the environment variable CLASSPATH.
+inline constexpr std::wstring_view kClasspathPlaceholder = L"$ENV_CLASSPATH$";
+
+}  // namespace keys
+
+/// True for "true", "yes" or "on" in any letter case.
+bool parseBoolean(std::wstring_view text);
+
+/// Decimal number with an optional last letter "k" (1024) or "m" (1048576) in any case. Reading stops at
+/// the first character that is no digit; nothing readable, also an empty text, gives 0. Overflow wraps.
+uint64_t parseSize(std::wstring_view text);
+
+// One accessor per key, named after it. None throws for a missing key.
+
+/// Path of the VM to use first.
+std::wstring currentVm(const PropertyFile& properties);
+/// Acceptable VMs, tokens separated by blanks.
+std::wstring validVmList(const PropertyFile& properties);
+/// "0" takes the first acceptable VM, any other text the highest.
+std::wstring jvmHigh(const PropertyFile& properties);
+/// "true" switches the VM folder security check on.
+std::wstring secureFolderCheck(const PropertyFile& properties);
+std::wstring mainClass(const PropertyFile& properties);
+/// With the first "$ENV_CLASSPATH$" replaced by the environment variable CLASSPATH.
+std::wstring classPath(const PropertyFile& properties);
+/// Working folder of the Java application.
+std::wstring userDir(const PropertyFile& properties);
+/// Title of the console window; default "Kestrune".
+std::wstring applicationName(const PropertyFile& properties);
+std::wstring stdoutRedirect(const PropertyFile& properties);
+std::wstring stderrRedirect(const PropertyFile& properties);
+std::wstring optionVerifyMode(const PropertyFile& properties);
+std::wstring optionVerbose(const PropertyFile& properties);
+std::wstring optionGcExtent(const PropertyFile& properties);
+std::wstring optionGcBackgroundThread(const PropertyFile& properties);
+std::wstring optionDebugging(const PropertyFile& properties);
+std::wstring optionCompiler(const PropertyFile& properties);
+/// Extra VM options, verbatim.
+std::wstring optionAdditional(const PropertyFile& properties);
+/// Bytes; 0 leaves the choice to the VM.
+uint64_t optionHeapInitial(const PropertyFile& properties);
+uint64_t optionHeapMax(const PropertyFile& properties);
+/// Holds the console open at the end.
+bool consolePause(const PropertyFile& properties);
+/// Lowest acceptable build of the Microsoft VM.
+int32_t microsoftVmMinVersion(const PropertyFile& properties);
+/// Which bitness classes are acceptable; 1 when absent, which admits class 1 only.
+uint64_t launcherPlatform(const PropertyFile& properties);
+/// "SILENT" makes the launch silent.
+std::wstring installerUi(const PropertyFile& properties);
+
+}  // namespace ryn
