@@ -30,8 +30,12 @@ void write(std::FILE* stream, std::wstring_view text) {
 
 }  // namespace
 
-void writeOutput(std::wstring_view text) { write(stdout, text); }
+void writeOutput(std::wstring_view text) {
+  write(stdout, text);
+}
 
-void writeError(std::wstring_view text) { write(stderr, text); }
+void writeError(std::wstring_view text) {
+  write(stderr, text);
+}
 
 }  // namespace ryn

@@ -74,8 +74,8 @@ std::wstring replaceAll(std::wstring_view text, std::wstring_view from, std::wst
 
 std::wstring decimal(long long number) {
   const bool negative = number < 0;
-  unsigned long long rest = negative ? 0ULL - static_cast<unsigned long long>(number)
-                                     : static_cast<unsigned long long>(number);
+  unsigned long long rest =
+      negative ? 0ULL - static_cast<unsigned long long>(number) : static_cast<unsigned long long>(number);
   std::wstring digits;
   do {
     digits.insert(digits.begin(), static_cast<wchar_t>(L'0' + rest % 10));
@@ -111,9 +111,13 @@ std::string toLatin1WithEscapes(std::wstring_view text) {
   return result;
 }
 
-std::string toAnsi(std::wstring_view text) { return narrow(text, CP_ACP); }
+std::string toAnsi(std::wstring_view text) {
+  return narrow(text, CP_ACP);
+}
 
-std::string toUtf8(std::wstring_view text) { return narrow(text, CP_UTF8); }
+std::string toUtf8(std::wstring_view text) {
+  return narrow(text, CP_UTF8);
+}
 
 std::wstring fromUtf8(std::string_view text) {
   const int length = static_cast<int>(text.size());

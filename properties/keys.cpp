@@ -29,13 +29,17 @@ uint64_t parseSize(std::wstring_view text) {
   return std::wcstoull(digits.c_str(), nullptr, 10) * multiplier;
 }
 
-std::wstring currentVm(const PropertyFile& properties) { return textOf(properties, keys::kCurrentVm); }
+std::wstring currentVm(const PropertyFile& properties) {
+  return textOf(properties, keys::kCurrentVm);
+}
 
 std::wstring validVmList(const PropertyFile& properties) {
   return textOf(properties, L"ryn.nl.valid.vm.list");
 }
 
-std::wstring jvmHigh(const PropertyFile& properties) { return textOf(properties, L"ryn.nl.jvm.high"); }
+std::wstring jvmHigh(const PropertyFile& properties) {
+  return textOf(properties, L"ryn.nl.jvm.high");
+}
 
 std::wstring secureFolderCheck(const PropertyFile& properties) {
   return textOf(properties, L"ryn.nl.designer.jvm.securefolder.check");
@@ -51,7 +55,9 @@ std::wstring classPath(const PropertyFile& properties) {
   return replaceFirst(value, keys::kClasspathPlaceholder, environmentVariable(L"CLASSPATH"));
 }
 
-std::wstring userDir(const PropertyFile& properties) { return textOf(properties, L"ryn.user.dir"); }
+std::wstring userDir(const PropertyFile& properties) {
+  return textOf(properties, L"ryn.user.dir");
+}
 
 std::wstring applicationName(const PropertyFile& properties) {
   return textOf(properties, L"ryn.application.name", L"Kestrune");

@@ -51,7 +51,8 @@ void PropertyFile::load(const std::wstring& path) {
 
   std::string bytes;
   char buffer[4096];
-  while (const size_t count = std::fread(buffer, 1, sizeof(buffer), stream.get())) bytes.append(buffer, count);
+  while (const size_t count = std::fread(buffer, 1, sizeof(buffer), stream.get()))
+    bytes.append(buffer, count);
   parse(widenBytes(bytes));
 }
 

@@ -15,7 +15,8 @@ TEST(PathsTest, FolderPartKnowsOnlyBackslashes) {
       {L"C:/a/name.txt", L"."},
       {L"\\name", L""},
   };
-  for (const auto& row : rows) EXPECT_EQ(folderPart(row.path), row.folder) << testing::PrintToString(row.path);
+  for (const auto& row : rows)
+    EXPECT_EQ(folderPart(row.path), row.folder) << testing::PrintToString(row.path);
 }
 
 }  // namespace
