@@ -1,0 +1,30 @@
+#pragma once
+
+#include "vmsearch/vm_candidate.h"
+
+namespace ryn {
+
+inline constexpr wchar_t kJavaRuntimeEnvironmentKey[] = L"SOFTWARE\\JavaSoft\\Java Runtime Environment";
+
+inline constexpr wchar_t kJavaHomeValue[] = L"JavaHome";
+inline constexpr wchar_t kMicroVersionValue[] = L"MicroVersion";
+
+/// A key of HKEY_LOCAL_MACHINE whose subkeys are installed VMs, named by their versions.
+struct RegistryLocation {
+  const wchar_t* key;
+  VmKind kind;
+  const wchar_t* vendor;
+};
+
+/// In the order of the search. Installers of IBM's kits have crossed the two names, and the kinds follow
+/// what is really found there.
+inline constexpr RegistryLocation kRegistryLocations[] = {
+    {L"SOFTWARE\\JavaSoft\\JDK", VmKind::kJdk, L"Sun"},
+    {L"SOFTWARE\\JavaSoft\\JRE", VmKind::kJre, L"Sun"},
+    {L"SOFTWARE\\JavaSoft\\Java Development Kit", VmKind::kJdk, L"Sun"},
+    {kJavaRuntimeEnvironmentKey, VmKind::kJre, L"Sun"},
+    {L"SOFTWARE\\IBM\\Java2 Runtime Environment", VmKind::kJdk, L"IBM"},
+    {L"SOFTWARE\\IBM\\Java Development Kit", VmKind::kJre, L"IBM"},
+};
+
+}  // namespace ryn
