@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "properties/property_file.h"
+
+namespace ryn {
+
+/// Class path entries in order.
+struct Classpath {
+  std::vector<std::wstring> entries;
+};
+
+/// Every entry followed by ";", the last one included.
+std::wstring joinClasspath(const Classpath& classpath);
+
+/// Everything that one VM start needs, whatever the kind of VM.
+struct LaunchRequest {
+  std::wstring mainClass;
+  /// Only its emptiness matters.
+  std::wstring gcExtent;
+  /// Handed to the VM verbatim.
+  std::wstring additionalOptions;
+  /// "", "gc" or "class".
+  std::wstring verbosityOption;
+  /// "true" asks for the folder security check.
+  std::wstring secureFolderCheck;
+  /// Absolute, or empty for the launcher's current folder.
+  std::wstring workingDirectory;
+  Classpath classpath;
+  /// What the user gave, without the program's own path.
+  std::vector<std::wstring> applicationArguments;
+  /// Path of the launcher's property file, path of the temporary properties file.
+  std::vector<std::wstring> leadingArguments;
+  int32_t microsoftMinBuild = 0;
+  /// Bytes; 0 leaves the choice to the VM.
+  int64_t heapInitial = 0;
+  int64_t heapMax = 0;
+  /// Read and carried for a VM that would know it; none of today's kinds turns it into an option.
+  bool verifyMode = false;
+  bool verbose = false;
+  bool debugging = false;
+  bool noAsyncGc = false;
+  bool noJit = false;
+
+  /// What the run sequence knows when it fills a request.
+  struct Source {
+    const PropertyFile& properties;
+    /// Full path of the property file; relative paths in it count from its folder.
+    std::wstring propertiesPath;
+    std::wstring tempPropertiesPath;
+    /// Working folder when the properties name none.
+    std::wstring defaultFolder;
+    /// The launcher's arguments; the first is its own path.
+    std::vector<std::wstring> arguments;
+    bool service = false;
+  };
+
+  /// Sets every field from `source`. An unknown verbosity is reported on standard error and ignored.
+  static void fillFromProperties(const Source& source, LaunchRequest& request);
+};
+
+/// True for "true", "on" or "t" in any letter case.
+bool parseFlag(std::wstring_view text);
+
+/// Bytes, with the suffixes "k" and "m".
+int64_t parseHeapSize(std::wstring_view text);
+
+}  // namespace ryn

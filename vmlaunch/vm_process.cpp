@@ -1,0 +1,52 @@
+#include "vmlaunch/vm_process.h"
+
+#include "platform/errors.h"
+#include "platform/output.h"
+#include "platform/paths.h"
+#include "platform/text.h"
+#include "resources/string_table.h"
+
+namespace ryn {
+namespace {
+
+STARTUPINFOW startupInfo() {
+  STARTUPINFOW info = {};
+  GetStartupInfoW(&info);
+  // The C runtime of whoever started us hands its files on in these fields. A VM's runtime would believe them
+  // rather than the handles below, and miss the console that was opened since.
+  info.lpReserved = nullptr;
+  info.cbReserved2 = 0;
+  info.lpReserved2 = nullptr;
+  // A hot key would occupy the field of standard input.
+  info.dwFlags &= ~static_cast<DWORD>(STARTF_USEHOTKEY);
+  info.dwFlags |= STARTF_USESTDHANDLES;
+  info.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+  info.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+  info.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+  return info;
+}
+
+}  // namespace
+
+UniqueHandle startVmProcess(const LaunchRequest& request, std::wstring commandLine, bool wait) {
+  STARTUPINFOW info = startupInfo();
+  std::wstring folder = normalisePath(request.workingDirectory);
+  if (folder.size() >= kPathBufferSize) folder.resize(kPathBufferSize - 1);
+
+  writeError(L"cwd: " + folder + L"\n");
+  writeError(L"cmd: " + commandLine + L"\n");
+
+  PROCESS_INFORMATION started = {};
+  const BOOL created = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                      folder.empty() ? nullptr : folder.c_str(), &info, &started);
+  const DWORD error = GetLastError();
+  if (!created) {
+    throw TerminalError(replaceFirst(StringTable::get(IDS_VM_START_FAILED), L"%d", decimal(error)));
+  }
+  const UniqueHandle thread(started.hThread);
+  UniqueHandle process(started.hProcess);
+  if (wait) WaitForSingleObject(process.get(), INFINITE);
+  return process;
+}
+
+}  // namespace ryn
