@@ -1,11 +1,15 @@
 #include <windows.h>
-#include "resources/string_table.h"
-#include "properties/environment_export.h"
-#include "platform/registry_key.h"
-#include "platform/version_resource.h"
-#include "platform/user_prompt.h"
-using namespace ryn;
-int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
-  try { exportEnvironment(readEnvironment()); VersionReader().read(L"x"); RegistryKey(L"SOFTWARE\\xx", KEY_READ); } catch (const WideException& e) { MessageBoxPrompt().showError(e.message(), StringTable::get(110)); return 2; }
-  return (int)StringTable::get(101).size();
+
+#include "launcher/entry.h"
+#include "platform/dll_search.h"
+
+namespace {
+
+// Runs with the static initialisers, before anything can ask for a library.
+[[maybe_unused]] const bool dllSearchNarrowed = (ryn::narrowDllSearch(), true);
+
+}  // namespace
+
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, PWSTR /*commandLine*/, int /*show*/) {
+  return ryn::runEntry(instance);
 }

@@ -4,5 +4,7 @@
 // name demangler and with it 70 KB. A GUI program has nowhere to print it.
 namespace __gnu_cxx {
 void __verbose_terminate_handler();
-void __verbose_terminate_handler() { std::abort(); }
+void __verbose_terminate_handler() {
+  std::abort();
+}
 }  // namespace __gnu_cxx

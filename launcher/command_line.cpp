@@ -1,0 +1,82 @@
+#include "launcher/command_line.h"
+
+#include "launcher/switches.h"
+#include "platform/files.h"
+#include "platform/paths.h"
+#include "platform/text.h"
+
+namespace ryn {
+namespace {
+
+std::vector<std::wstring> splitTokens(std::wstring_view text) {
+  std::vector<std::wstring> tokens = split(text, L' ');
+  std::erase(tokens, std::wstring());
+  return tokens;
+}
+
+std::wstring tempFolderFrom(const std::wstring& token) {
+  if (!token.starts_with(L'"')) return {};
+  std::wstring folder = token.substr(1);
+  if (!folder.empty()) folder.pop_back();
+  return folderExists(folder) ? folder : std::wstring();
+}
+
+void readSwitches(const std::vector<std::wstring>& tokens, CommandLine& result) {
+  for (size_t i = 0; i < tokens.size(); ++i) {
+    if (tokens[i] == switches::kService) {
+      if (++i == tokens.size()) return;
+      result.service = true;
+      result.serviceName = tokens[i];
+      continue;
+    }
+    if (tokens[i] == switches::kInterface) {
+      result.arguments.push_back(tokens[i]);
+      if (++i == tokens.size()) return;
+      if (tokens[i] == switches::kConsole) result.console = true;
+      // What follows is read on as the current token.
+    }
+    if (tokens[i] == switches::kTempFolder) {
+      result.arguments.push_back(tokens[i]);
+      if (++i == tokens.size()) return;
+      result.tempFolder = tempFolderFrom(tokens[i]);
+    }
+    result.arguments.push_back(tokens[i]);
+  }
+}
+
+std::vector<std::wstring> rejoinQuoted(const std::vector<std::wstring>& pieces) {
+  std::vector<std::wstring> joined;
+  for (size_t i = 0; i < pieces.size(); ++i) {
+    std::wstring argument = pieces[i];
+    // A quoted wildcard keeps its quotes, so that nobody behind us expands it.
+    if (argument.starts_with(L'"') && argument.find(L'*') == std::wstring::npos) {
+      while (!argument.ends_with(L'"') && i + 1 < pieces.size()) argument += L" " + pieces[++i];
+      argument.erase(0, 1);
+      if (argument.ends_with(L'"')) argument.pop_back();
+    }
+    joined.push_back(std::move(argument));
+  }
+  return joined;
+}
+
+}  // namespace
+
+CommandLine parseCommandLine(const std::wstring& text) {
+  CommandLine result;
+  std::wstring_view rest = text;
+  if (rest.starts_with(L'"')) {
+    const size_t end = rest.find(L'"', 1);
+    if (end != std::wstring_view::npos) {
+      result.arguments.emplace_back(rest.substr(0, end + 1));
+      rest.remove_prefix(end + 1);
+    }
+  }
+  readSwitches(splitTokens(rest), result);
+  result.arguments = rejoinQuoted(result.arguments);
+  for (std::wstring& argument : result.arguments) {
+    if (!argument.starts_with(L'/') && pathExists(argument)) argument = expandPath(argument);
+  }
+  return result;
+}
+
+}  // namespace ryn

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ryn {
+
+/// The parsed command line of the process; copied into the launcher that is built from it.
+struct CommandLine {
+  /// Every token but the service switch and its name: the program's own path first, then what the application
+  /// is handed. Quotes are rejoined and existing paths expanded.
+  std::vector<std::wstring> arguments;
+  bool service = false;
+  bool console = false;
+  std::wstring serviceName;
+  /// An existing folder, or empty.
+  std::wstring tempFolder;
+};
+
+/// Parses a whole command line as GetCommandLineW gives it. Its rules are the launcher's own, not the C
+/// runtime's: tokens end at blanks, a token that begins with a double quote is joined with the following ones
+/// up to one that ends with a double quote, and backslashes mean nothing. An argument that names an existing
+/// file or folder becomes its absolute long path; one that begins with "/" does not. Never fails.
+CommandLine parseCommandLine(const std::wstring& text);
+
+}  // namespace ryn

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <windows.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "launcher/command_line.h"
+#include "platform/unique_handle.h"
+#include "platform/user_prompt.h"
+#include "properties/property_file.h"
+#include "vmlaunch/java_vm.h"
+#include "vmsearch/installed_vms.h"
+#include "vmsearch/vm_choice.h"
+
+namespace ryn {
+
+/// One launch: finds and loads the property file, chooses a VM, starts it and waits for it.
+class Launcher {
+ public:
+  /// Loads the property file beside the program, makes its folder the current one and opens a console when
+  /// one is asked for. `prompt` must outlive the object. Throws TerminalError when the file is missing or
+  /// incomplete, FileException when it cannot be read.
+  Launcher(CommandLine commandLine, UserPrompt& prompt);
+  Launcher(const Launcher&) = delete;
+  Launcher& operator=(const Launcher&) = delete;
+
+  /// Chooses the VM and starts it; with `wait` returns after it has ended, else at once. Throws TerminalError
+  /// when no VM can be used.
+  virtual void run(bool wait);
+  virtual ~Launcher() = default;
+
+  /// True for the launcher that runs as a Windows service.
+  virtual bool isService() const { return false; }
+
+  const PropertyFile& properties() const { return properties_; }
+  /// The VM's exit code after a waiting run; 0 until one is known.
+  DWORD exitCode() const { return exitCode_; }
+  HINSTANCE instanceHandle() const { return instance_; }
+  void setInstanceHandle(HINSTANCE instance) { instance_ = instance; }
+  bool isSilent() const { return silent_; }
+  void setSilent(bool silent) { silent_ = silent; }
+
+ protected:
+  const CommandLine& commandLine() const { return commandLine_; }
+  /// The started VM; null when none was started.
+  HANDLE vmProcess() const { return vmProcess_.get(); }
+
+ private:
+  void loadProperties();
+  void openConsole();
+  void chooseVm();
+  void searchInstalledVms();
+  void use(const VmCandidate& candidate);
+  void startVm();
+
+  UserPrompt& prompt_;
+  CommandLine commandLine_;
+  std::wstring propertiesPath_;
+  PropertyFile properties_;
+  std::wstring startFolder_;
+  bool silent_ = false;
+  bool showProgress_ = false;
+  HINSTANCE instance_ = nullptr;
+
+  SystemVmProbe probe_;
+  InstalledVms installedVms_;
+  std::vector<ConsideredVm> considered_;
+  JavaVmPtr vm_{nullptr, nullptr};
+  UniqueHandle vmProcess_;
+  DWORD exitCode_ = 0;
+};
+
+}  // namespace ryn
