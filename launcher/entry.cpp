@@ -2,21 +2,20 @@
 
 #include <shellapi.h>
 
-#include <optional>
 #include <string>
 
 #include "launcher/command_line.h"
 #include "launcher/console.h"
+#include "launcher/error_report.h"
 #include "launcher/launcher.h"
+#include "launcher/service.h"
 #include "launcher/switches.h"
-#include "platform/errors.h"
-#include "platform/output.h"
+#include "platform/event_log_prompt.h"
 #include "platform/text.h"
 #include "platform/unique_handle.h"
 #include "platform/user_prompt.h"
 #include "platform/wow64.h"
 #include "properties/keys.h"
-#include "resources/string_table.h"
 
 namespace ryn {
 namespace {
@@ -61,21 +60,6 @@ void applySilentArgument(Launcher& launcher) {
   for (int i = 1; i < count; ++i) launcher.setSilent(equalIgnoringCase(arguments[i], switches::kSilent));
 }
 
-int showNoValidVm(const TerminalError& error, const std::wstring& requiredVm, UserPrompt& prompt) {
-  const std::wstring title = StringTable::get(IDS_ERROR_TITLE);
-  const std::wstring text = error.message() + L"\n\nRequired Java VM : " + requiredVm;
-
-  // Only a console takes this; a redirected stream gets the exit code alone.
-  const std::wstring line = title + L": " + text + L"\r\n";
-  DWORD written = 0;
-  WriteConsoleW(GetStdHandle(STD_ERROR_HANDLE), line.c_str(), static_cast<DWORD>(line.size()), &written,
-                nullptr);
-  writeOutput(L"\nexit code : " + decimal(kExitNoValidVm) + L"\n");
-
-  prompt.showError(text, title);
-  return kExitNoValidVm;
-}
-
 void launch(Launcher& launcher, HINSTANCE instance) {
   applySilentArgument(launcher);
   launcher.setInstanceHandle(instance);
@@ -85,29 +69,39 @@ void launch(Launcher& launcher, HINSTANCE instance) {
     console.holdOpen();
 }
 
+int runLaunch(const CommandLine& commandLine, HINSTANCE instance) {
+  MessageBoxPrompt prompt;
+  std::wstring requiredVm;
+  try {
+    Launcher launcher(commandLine, prompt);
+    requiredVm = launcher.requiredVm();
+    launch(launcher, instance);
+    return static_cast<int>(launcher.exitCode());
+  } catch (const std::exception& error) {
+    return reportError(error, requiredVm, prompt);
+  }
+}
+
+int runService(const CommandLine& commandLine, HINSTANCE instance) {
+  EventLogPrompt prompt(commandLine.serviceName);
+  try {
+    ServiceRYN& service = ServiceRYN::instance(commandLine, prompt);
+    service.setInstanceHandle(instance);
+    service.startService();
+    return 0;
+  } catch (const std::exception& error) {
+    return reportError(error, L"", prompt);
+  }
+}
+
 }  // namespace
 
 int runEntry(HINSTANCE instance) {
   registerWindowClass(instance);
   if (runsUnderWow64()) disableFileSystemRedirection();
 
-  MessageBoxPrompt prompt;
-  std::wstring requiredVm;
-  try {
-    const CommandLine commandLine = parseCommandLine(GetCommandLineW());
-    Launcher launcher(commandLine, prompt);
-    requiredVm = validVmList(launcher.properties());
-    launch(launcher, instance);
-    return static_cast<int>(launcher.exitCode());
-  } catch (const TerminalError& error) {
-    if (error.message() == StringTable::get(IDS_NO_VALID_VM)) return showNoValidVm(error, requiredVm, prompt);
-    prompt.showError(error.message(), StringTable::get(IDS_ERROR_TITLE));
-    return kExitReportedError;
-  } catch (const std::exception& error) {
-    prompt.showError(L"an unknown exception has occurrred.\n" + widenBytes(error.what()),
-                     StringTable::get(IDS_ERROR_TITLE));
-    return kExitReportedError;
-  }
+  const CommandLine commandLine = parseCommandLine(GetCommandLineW());
+  return commandLine.service ? runService(commandLine, instance) : runLaunch(commandLine, instance);
 }
 
 }  // namespace ryn

@@ -44,6 +44,10 @@ Launcher::Launcher(CommandLine commandLine, UserPrompt& prompt)
   openConsole();
 }
 
+std::wstring Launcher::requiredVm() const {
+  return validVmList(properties_);
+}
+
 void Launcher::loadProperties() {
   // Any extension is replaced: a copy that was renamed to .scr or .com still finds its file.
   propertiesPath_ = replaceExtension(replaceAll(modulePath(), L"/", L"\\"), kPropertiesExtension);

@@ -35,6 +35,8 @@ class Launcher {
   virtual bool isService() const { return false; }
 
   const PropertyFile& properties() const { return properties_; }
+  /// The valid-VM list as the property file spells it, for the message that none was found.
+  std::wstring requiredVm() const;
   /// The VM's exit code after a waiting run; 0 until one is known.
   DWORD exitCode() const { return exitCode_; }
   HINSTANCE instanceHandle() const { return instance_; }

@@ -1,0 +1,41 @@
+#include "launcher/error_report.h"
+
+#include <windows.h>
+
+#include "platform/errors.h"
+#include "platform/output.h"
+#include "platform/text.h"
+#include "resources/string_table.h"
+
+namespace ryn {
+namespace {
+
+void writeNoValidVm(const std::wstring& text, const std::wstring& title) {
+  // Only a console takes this; a redirected stream gets the exit code alone.
+  const std::wstring line = title + L": " + text + L"\r\n";
+  DWORD written = 0;
+  WriteConsoleW(GetStdHandle(STD_ERROR_HANDLE), line.c_str(), static_cast<DWORD>(line.size()), &written,
+                nullptr);
+  writeOutput(L"\nexit code : " + decimal(kExitNoValidVm) + L"\n");
+}
+
+}  // namespace
+
+int reportError(const std::exception& error, const std::wstring& requiredVm, UserPrompt& prompt) {
+  const std::wstring title = StringTable::get(IDS_ERROR_TITLE);
+  const auto* terminal = dynamic_cast<const TerminalError*>(&error);
+  if (terminal == nullptr) {
+    prompt.showError(L"an unknown exception has occurrred.\n" + widenBytes(error.what()), title);
+    return kExitReportedError;
+  }
+  if (terminal->message() != StringTable::get(IDS_NO_VALID_VM)) {
+    prompt.showError(terminal->message(), title);
+    return kExitReportedError;
+  }
+  const std::wstring text = terminal->message() + L"\n\nRequired Java VM : " + requiredVm;
+  writeNoValidVm(text, title);
+  prompt.showError(text, title);
+  return kExitNoValidVm;
+}
+
+}  // namespace ryn

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <windows.h>
+
+#include <atomic>
+
+#include "launcher/launcher.h"
+
+namespace ryn {
+
+/// The launcher as a Windows service of its own process: the service lives as long as the VM does. A stop or
+/// shutdown control ends the VM; a VM that ends with 0 stops the service; one that ends with another code
+/// ends the process with that code and reports nothing more, so that the control manager's recovery actions
+/// apply.
+///
+/// Three threads meet here: the dispatcher's with the control handler, service main, and the worker with the
+/// run sequence. They share the VM's process handle and one event.
+class ServiceRYN final : public Launcher {
+ public:
+  /// The one instance of the process, created on the first call; `prompt` must outlive the process's run.
+  /// Throws what the launcher's construction throws.
+  static ServiceRYN& instance(const CommandLine& commandLine, UserPrompt& prompt);
+
+  bool isService() const override { return true; }
+
+  /// Hands the process to the service control manager; returns when the service has stopped. Throws
+  /// TerminalError when the manager did not start this process.
+  virtual void startService();
+
+ private:
+  class Task;
+
+  ServiceRYN(const CommandLine& commandLine, UserPrompt& prompt);
+
+  static ServiceRYN& current();
+  static void WINAPI serviceMainEntry(DWORD count, wchar_t** arguments);
+  static DWORD WINAPI controlHandler(DWORD control);
+
+  void serviceMain();
+  void setServiceState(DWORD state);
+  void stop();
+
+  UserPrompt& prompt_;
+  wchar_t name_[256] = L"";
+  SERVICE_STATUS status_ = {};
+  SERVICE_STATUS_HANDLE statusHandle_ = nullptr;
+  /// The VM's process while it runs and nobody has stopped it. The launcher owns the handle, so it stays
+  /// valid for the worker's wait; whoever takes it out of here is the one to end the process.
+  std::atomic<HANDLE> runningVm_ = nullptr;
+  /// What the process ends with when no VM was started.
+  UINT failureCode_ = 0;
+
+  decltype(&::RegisterServiceCtrlHandlerW) registerHandler_ = nullptr;
+  decltype(&::SetServiceStatus) setStatus_ = nullptr;
+};
+
+}  // namespace ryn

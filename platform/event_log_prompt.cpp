@@ -1,0 +1,31 @@
+#include "platform/event_log_prompt.h"
+
+#include <windows.h>
+
+#include "platform/output.h"
+#include "platform/unique_handle.h"
+
+namespace ryn {
+namespace {
+
+struct EventSourcePolicy {
+  using Value = HANDLE;
+  static Value none() { return nullptr; }
+  static void close(Value value) { DeregisterEventSource(value); }
+};
+
+}  // namespace
+
+void EventLogPrompt::showError(const std::wstring& text, const std::wstring& title) {
+  const std::wstring entry = title + L": " + text;
+  writeError(entry + L"\n");
+  const UniqueResource<EventSourcePolicy> log(RegisterEventSourceW(nullptr, source_.c_str()));
+  const wchar_t* strings[] = {entry.c_str()};
+  if (log) ReportEventW(log.get(), EVENTLOG_ERROR_TYPE, 0, 0, nullptr, 1, 0, strings, nullptr);
+}
+
+void EventLogPrompt::showMessage(const std::wstring& text, const std::wstring& title) {
+  showError(text, title);
+}
+
+}  // namespace ryn
