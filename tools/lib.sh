@@ -1,0 +1,57 @@
+# Shared by the scripts of this folder; sourced, never run.
+# shellcheck shell=bash
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+build=$root/build
+logs=$build/logs
+mkdir -p "$logs"
+
+# Messages of the programs we call are matched below; C.UTF-8 exists on every Debian and gives Wine code page 1252.
+export LC_ALL=C.UTF-8 LANG=C.UTF-8
+unset LANGUAGE
+
+die() {
+  printf '%s: %s\n' "${0##*/}" "$*" >&2
+  exit 1
+}
+
+step_group=
+
+# What a script started goes with it, however it ends.
+finish() {
+  local status=$?
+  trap - EXIT
+  # Not an error when the group is gone already.
+  [[ -z $step_group ]] || kill -TERM -- "-$step_group" 2>/dev/null || true
+  declare -F cleanup >/dev/null && cleanup
+  exit "$status"
+}
+trap finish EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM HUP
+
+# step <log> <text> <command...>: one line on the terminal, the output in build/logs/<log>.log, its end shown on
+# failure. Not for use in a condition: `set -e` would be off inside <command>.
+step() {
+  local log=$logs/$1.log text=$2 status=0 start=$SECONDS
+  shift 2
+  printf '%s ... ' "$text"
+  # A group of its own, so that an interrupted script takes the children of the step along.
+  set -m
+  ("$@") >"$log" 2>&1 </dev/null &
+  step_group=$!
+  set +m
+  wait "$step_group" || status=$?
+  step_group=
+  if ((status == 0)); then
+    printf 'done (%d s)\n' $((SECONDS - start))
+    return
+  fi
+  printf 'FAILED (%d s)\n' $((SECONDS - start))
+  tail -n 40 "$log" | sed 's/^/  | /' >&2
+  if grep -qE 'Temporary failure (in name )?resol|Could not (resolve|connect)|Connection (refused|timed out)|Network is unreachable|Failed to (fetch|establish a new connection)|Max retries exceeded' "$log"; then
+    printf 'The network or a package server cannot be reached from here.\n' >&2
+  fi
+  die "$text: failed; the whole output is in ${log#"$root"/}"
+}
