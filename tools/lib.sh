@@ -55,3 +55,27 @@ step() {
   fi
   die "$text: failed; the whole output is in ${log#"$root"/}"
 }
+
+# use_wine <name>: the commands that follow run in the Wine prefix build/<name>, and end with the script.
+use_wine() {
+  export WINEPREFIX=$build/$1 WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
+  # No menu entries, no offers to download Mono and Gecko.
+  export WINEDLLOVERRIDES='mscoree=;mshtml=;winemenubuilder.exe=d'
+  unset DISPLAY WAYLAND_DISPLAY
+}
+
+make_wine_prefix() {
+  # Under another name until it is complete.
+  local target=$WINEPREFIX
+  export WINEPREFIX=$target.work
+  rm -rf "$target" "$WINEPREFIX"
+  timeout 300 wineboot --init
+  # The registry is written when the last program has ended.
+  timeout 300 wineserver --wait
+  mv "$WINEPREFIX" "$target"
+}
+
+# To be called by `cleanup` of a script that ran Wine.
+stop_wine() {
+  timeout 60 wineserver --kill 2>/dev/null || true
+}
