@@ -10,7 +10,7 @@ WideException::WideException(std::wstring message)
 WideException::WideException(std::wstring message, const std::wstring& description)
     : message_(std::move(message)), narrow_(toLatin1WithEscapes(description)) {}
 
-FileException::FileException(std::wstring message, std::wstring fileName)
+FileException::FileException(const std::wstring& message, std::wstring fileName)
     : WideException(message, message + L": " + fileName), fileName_(std::move(fileName)) {}
 
 }  // namespace ryn

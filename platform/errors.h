@@ -33,7 +33,7 @@ class TerminalError : public WideException {
 /// A file that could not be used. `what()` names the file behind the message.
 class FileException : public WideException {
  public:
-  FileException(std::wstring message, std::wstring fileName);
+  FileException(const std::wstring& message, std::wstring fileName);
 
   const std::wstring& fileName() const noexcept { return fileName_; }
 

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <cstddef>
 #include <cstring>
 
 #include "platform/unique_handle.h"
@@ -28,13 +29,14 @@ ImageBitness imageBitness(const std::wstring& path) {
   if (dos.e_magic != IMAGE_DOS_SIGNATURE || dos.e_lfanew <= 0) return ImageBitness::kUnknown;
 
   // The headers up to the optional header's magic have the same layout in both formats.
-  struct {
+  struct Headers {
     DWORD signature;
     IMAGE_FILE_HEADER file;
     WORD magic;
-  } headers;
+  };
+  Headers headers;
   const auto offset = static_cast<ULONGLONG>(dos.e_lfanew);
-  const size_t needed = offsetof(decltype(headers), magic) + sizeof(headers.magic);
+  const size_t needed = offsetof(Headers, magic) + sizeof(headers.magic);
   if (offset + needed > fileSize) return ImageBitness::kUnknown;
   std::memcpy(&headers, bytes + offset, needed);
   if (headers.signature != IMAGE_NT_SIGNATURE) return ImageBitness::kUnknown;

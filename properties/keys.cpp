@@ -24,7 +24,7 @@ uint64_t parseSize(std::wstring_view text) {
   std::wstring digits = lowerCase(text);
   uint64_t multiplier = 1;
   if (digits.ends_with(L'k')) multiplier = 1024;
-  if (digits.ends_with(L'm')) multiplier = 1024 * 1024;
+  if (digits.ends_with(L'm')) multiplier = uint64_t{1024} * 1024;
   if (multiplier != 1) digits.pop_back();
   return std::wcstoull(digits.c_str(), nullptr, 10) * multiplier;
 }
@@ -50,7 +50,7 @@ std::wstring mainClass(const PropertyFile& properties) {
 }
 
 std::wstring classPath(const PropertyFile& properties) {
-  const std::wstring value = textOf(properties, L"ryn.class.path");
+  std::wstring value = textOf(properties, L"ryn.class.path");
   if (value.find(keys::kClasspathPlaceholder) == std::wstring::npos) return value;
   return replaceFirst(value, keys::kClasspathPlaceholder, environmentVariable(L"CLASSPATH"));
 }
