@@ -1,0 +1,59 @@
+import subprocess
+
+import pytest
+
+import harness
+
+
+@pytest.fixture(scope="session")
+def host():
+    with harness.Host() as host:
+        yield host
+
+
+@pytest.fixture
+def make_app(host, tmp_path):
+    """Makes application folders: make_app(folder="app", name="hello"); ends what they still run."""
+    apps = []
+
+    def make(folder="app", **options):
+        apps.append(harness.App(host, tmp_path / folder, **options))
+        return apps[-1]
+
+    yield make
+    for app in apps:
+        app.end()
+
+
+@pytest.fixture
+def app(make_app):
+    """An application that takes every VM."""
+    app = make_app()
+    app.configure()
+    return app
+
+
+@pytest.fixture
+def registry(host, tmp_path):
+    registry = harness.Registry(host, tmp_path)
+    yield registry
+    registry.clear()
+
+
+@pytest.fixture(scope="session")
+def runtime():
+    """runtime(17): the home folder of a real Windows runtime."""
+    def find(major):
+        home = harness.RUNTIMES / f"java-{major}"
+        assert (home / "bin" / "java.exe").exists(), f"no Java {major} in {home}: run tools/setup"
+        return home
+    return find
+
+
+@pytest.fixture(scope="session")
+def java_classes(tmp_path_factory):
+    """The compiled test applications, for every Java from 11 on."""
+    target = tmp_path_factory.mktemp("classes")
+    sources = sorted((harness.pathlib.Path(__file__).parent / "java").glob("*.java"))
+    subprocess.run(["javac", "--release", "11", "-encoding", "UTF-8", "-d", target, *sources], check=True, timeout=120)
+    return target
