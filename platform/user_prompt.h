@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace ryn {
 
@@ -18,7 +19,11 @@ class UserPrompt {
   ~UserPrompt() = default;
 };
 
-/// The real boxes.
+/// Whether a text runs from right to left: its first letter decides (rule P2 of Unicode's bidirectional
+/// algorithm); digits, blanks and signs do not count, and a text without letters runs from left to right.
+bool readsRightToLeft(std::wstring_view text);
+
+/// The real boxes, laid out from right to left for a text that reads so.
 class MessageBoxPrompt final : public UserPrompt {
  public:
   void showError(const std::wstring& text, const std::wstring& title) override;
