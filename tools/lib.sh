@@ -17,14 +17,19 @@ die() {
 }
 
 step_group=
+wine_used=
+display_pid=
 
 # What a script started goes with it, however it ends.
 finish() {
-  local status=$?
+  local status=$? prefix
   trap - EXIT
   # Not an error when the group is gone already.
   [[ -z $step_group ]] || kill -TERM -- "-$step_group" 2>/dev/null || true
-  declare -F cleanup >/dev/null && cleanup
+  for prefix in ${wine_used:+"$WINEPREFIX" "$WINEPREFIX.work"}; do
+    [[ ! -d $prefix ]] || WINEPREFIX=$prefix timeout 60 wineserver --kill 2>/dev/null || true
+  done
+  [[ -z $display_pid ]] || { kill "$display_pid" 2>/dev/null && wait "$display_pid"; } || true
   exit "$status"
 }
 trap finish EXIT
@@ -56,12 +61,15 @@ step() {
   die "$text: failed; the whole output is in ${log#"$root"/}"
 }
 
-# use_wine <name>: the commands that follow run in the Wine prefix build/<name>, and end with the script.
+# use_wine <name>: Wine runs in the prefix build/<name> from here on; what still runs there ends with the script.
 use_wine() {
   export WINEPREFIX=$build/$1 WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
   # No menu entries, no offers to download Mono and Gecko.
   export WINEDLLOVERRIDES='mscoree=;mshtml=;winemenubuilder.exe=d'
+  # Windows of tests have no business on anybody's desktop.
   unset DISPLAY WAYLAND_DISPLAY
+  wine_used=yes
+  [[ -e $WINEPREFIX/system.reg ]] || step "$1" "Making a Wine prefix in build/$1" make_wine_prefix
 }
 
 make_wine_prefix() {
@@ -75,7 +83,15 @@ make_wine_prefix() {
   mv "$WINEPREFIX" "$target"
 }
 
-# To be called by `cleanup` of a script that ran Wine.
-stop_wine() {
-  timeout 60 wineserver --kill 2>/dev/null || true
+# Starts a display without a screen, under a number that is free.
+start_display() {
+  local number='' pipe=$build/display.pipe
+  rm -f "$pipe"
+  mkfifo "$pipe"
+  Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3<>"$pipe" >"$logs/display.log" 2>&1 </dev/null &
+  display_pid=$!
+  read -r -t 60 number <>"$pipe" || true
+  rm -f "$pipe"
+  [[ -n $number ]] || die "the display server did not start: $(tail -n 3 "$logs/display.log")"
+  export DISPLAY=:$number
 }
