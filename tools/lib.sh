@@ -54,10 +54,12 @@ step() {
     return
   fi
   printf 'FAILED (%d s)\n' $((SECONDS - start))
-  tail -n 40 "$log" | sed 's/^/  | /' >&2
+  local lines=40
   if grep -qE 'Temporary failure (in name )?resol|Could not (resolve|connect)|Connection (refused|timed out)|Network is unreachable|Failed to (fetch|establish a new connection)|Max retries exceeded' "$log"; then
     printf 'The network or a package server cannot be reached from here.\n' >&2
+    lines=3
   fi
+  tail -n "$lines" "$log" | sed 's/^/  | /' >&2
   die "$text: failed; the whole output is in ${log#"$root"/}"
 }
 
