@@ -12,6 +12,7 @@
 #include "properties/temp_properties_file.h"
 #include "resources/string_table.h"
 #include "vmsearch/classify.h"
+#include "vmsearch/folder_security.h"
 
 namespace ryn {
 namespace {
@@ -104,7 +105,7 @@ void Launcher::searchInstalledVms() {
 }
 
 void Launcher::use(const VmCandidate& candidate) {
-  const VmHost host{Console::instance().isAllocated(), prompt_, [](const std::wstring&) { return false; }};
+  const VmHost host{Console::instance().isAllocated(), prompt_, &refusesVmFolder};
   vm_ = makeJavaVm(candidate, host);
 }
 
