@@ -51,7 +51,7 @@ function(ryn_check_languages folder)
   list(TRANSFORM files REPLACE "\\.rc$" "")
   _ryn_compare_names("${RYN_LANGUAGES}" "${files}" fault)
   if(fault)
-    message(FATAL_ERROR "${folder}/strings: ${fault}")
+    message(FATAL_ERROR "The languages in ${folder}/strings are not those of RYN_LANGUAGES:\n  ${fault}")
   endif()
 
   _ryn_names_in("${folder}/strings.rc" "\n#include \"resources/strings/([^\"]*)\\.rc\"" included)
