@@ -90,23 +90,35 @@ void Launcher::chooseVm() {
   searchInstalledVms();
 }
 
-void Launcher::searchInstalledVms() {
+VmRules Launcher::vmRules() const {
   VmRules rules;
   rules.validVmList = validVmList(properties_);
   rules.preference = launcherPlatform(properties_);
   rules.jvmHigh = jvmHigh(properties_);
+  if (secureFolderCheck(properties_) == L"true") {
+    // A VM that the launch would refuse must not win over one that it would start.
+    rules.folderRefusal = [this](const VmCandidate& candidate) {
+      return refusesVmFolder(folderPart(makeJavaVm(candidate, vmHost())->executablePath()));
+    };
+  }
+  return rules;
+}
 
+void Launcher::searchInstalledVms() {
   std::wstring first = currentVm(properties_);
   if (!first.empty() && !isAbsolutePath(first)) first = joinPath(folderPart(propertiesPath_), first);
 
-  VmChoice choice = ryn::chooseVm(first, rules, installedVms_, probe_);
+  VmChoice choice = ryn::chooseVm(first, vmRules(), installedVms_, probe_);
   considered_ = std::move(choice.considered);
   if (choice.chosen) use(*choice.chosen);
 }
 
+VmHost Launcher::vmHost() const {
+  return {Console::instance().isAllocated(), prompt_, &refusesVmFolder};
+}
+
 void Launcher::use(const VmCandidate& candidate) {
-  const VmHost host{Console::instance().isAllocated(), prompt_, &refusesVmFolder};
-  vm_ = makeJavaVm(candidate, host);
+  vm_ = makeJavaVm(candidate, vmHost());
 }
 
 void Launcher::startVm() {

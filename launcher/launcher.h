@@ -54,6 +54,8 @@ class Launcher {
   void openConsole();
   void chooseVm();
   void searchInstalledVms();
+  VmRules vmRules() const;
+  VmHost vmHost() const;
   void use(const VmCandidate& candidate);
   void startVm();
 
