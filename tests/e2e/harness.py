@@ -75,6 +75,8 @@ class Host:
                 stack.callback(lambda: subprocess.run(["wineserver", "-k"], env=self.environment))
             if not (self.prefix / "system.reg").exists():
                 self.wine("wineboot", "-i")
+            # No window manager runs here, and Wine would wait seconds for it whenever a window goes.
+            self.wine("reg", "add", r"HKCU\Software\Wine\X11 Driver", "/v", "Managed", "/d", "N", "/f")
             self._exit = stack.pop_all()
         return self
 
@@ -113,7 +115,7 @@ class Host:
         return self.prefix / "drive_c" / "windows" / "system32"
 
 
-def install_stand_in(target, variant="plain", **settings):
+def install_stand_in(target, variant="sun_8", **settings):
     """Puts a stand-in VM at `target`, a GUI program when its name ends in "w.exe". `settings` go into a file
     beside it, for VMs that are started without the variables of a run (record="...", exit=3)."""
     target = pathlib.Path(target)
@@ -128,7 +130,7 @@ def install_stand_in(target, variant="plain", **settings):
     return target
 
 
-def install_vm(home, variant="plain", names=("java", "javaw"), compiler=False, **settings):
+def install_vm(home, variant="sun_8", names=("java", "javaw"), compiler=False, **settings):
     """A VM's folder with stand-ins under "bin"; returns the path of the last one."""
     for name in names:
         program = install_stand_in(pathlib.Path(home) / "bin" / f"{name}.exe", variant, **settings)
@@ -228,6 +230,9 @@ class Run:
     def wait_for_record(self):
         """Waits until a stand-in VM is running."""
         return wait_until(self.records, "start of a VM")[0]
+
+    def is_running(self):
+        return self._process.poll() is None
 
     def wait(self):
         self._process.wait(self._limit + 30)

@@ -1,0 +1,143 @@
+"""Which of several VMs is taken."""
+import shutil
+
+import pytest
+
+from harness import SYSTEM_PATH, install_stand_in, install_vm, windows_path
+
+JAVASOFT = "SOFTWARE\\JavaSoft\\"
+IBM = "SOFTWARE\\IBM\\"
+LIST = "ryn__nl__valid__vm__list"
+HIGH = "ryn__nl__jvm__high"
+PLATFORM = "ryn__nl__win32__java__launcher__platform"
+CURRENT = "ryn__nl__current__vm"
+
+
+class Search:
+    """An application and VMs, known by the names of their folders."""
+
+    def __init__(self, app, registry):
+        self.app, self.registry = app, registry
+        self.base = app.folder.parent
+
+    def home(self, name):
+        return windows_path(self.base / name)
+
+    def register(self, key, name, minor="0", **vm):
+        """A VM under `key`, which ends in its version; `minor` None leaves that value out."""
+        if vm or not (self.base / name).exists():
+            install_vm(self.base / name, **vm)
+        values = {"JavaHome": self.home(name)}
+        self.registry.add({key: values if minor is None else values | {"MicroVersion": minor}})
+
+    def path(self, *names):
+        return ";".join([SYSTEM_PATH, *(self.home(name) + "\\bin" for name in names)])
+
+    def chosen(self, path=SYSTEM_PATH, **properties):
+        """The folder of the VM that ran, or None when the launcher found none."""
+        self.app.configure(**properties)
+        result = self.app.run(path=path)
+        if result.exit_code == 106:
+            assert result.records == [] and len(result.boxes) == 1
+            return None
+        assert result.boxes == []
+        program = result.record["program"]
+        assert program.startswith(self.home("")) and program.endswith("\\bin\\javaw.exe"), program
+        return program[len(self.home("")) + 1:-len("\\bin\\javaw.exe")]
+
+
+@pytest.fixture
+def search(app, registry):
+    return Search(app, registry)
+
+
+@pytest.mark.parametrize("key, kind", [
+    (JAVASOFT + "JDK", "JDK"), (JAVASOFT + "JRE", "JRE"),
+    (JAVASOFT + "Java Development Kit", "JDK"), (JAVASOFT + "Java Runtime Environment", "JRE"),
+    # The wrong way round, and meant so.
+    (IBM + "Java2 Runtime Environment", "JDK"), (IBM + "Java Development Kit", "JRE"),
+])
+def test_registry_keys(search, key, kind):
+    search.register(key + "\\1.8.0_20", "vm")
+    other = {"JDK": "JRE", "JRE": "JDK"}[kind]
+    assert search.chosen(**{LIST: kind}) == "vm"
+    assert search.chosen(**{LIST: other}) is None
+
+
+def test_highest_registered_version(search):
+    search.register(JAVASOFT + "JDK\\9.0.4", "nine", minor=None)
+    search.register(JAVASOFT + "JDK\\24", "twenty-four", minor=None)
+    # Passed over: the folder is gone; the minor number, which old versions need, is missing.
+    search.register(JAVASOFT + "JDK\\25.0.2", "gone", minor=None)
+    shutil.rmtree(search.base / "gone")
+    search.registry.add({JAVASOFT + "JDK\\26": {}})
+    search.register(JAVASOFT + "JRE\\1.8.0", "eight", minor=None)
+    search.register(JAVASOFT + "JRE\\1.7.0_80", "seven")
+    search.register(JAVASOFT + "JRE\\1.6.0_99", "six")
+    assert search.chosen() == "twenty-four"
+    assert search.chosen(**{LIST: "JRE"}) == "seven"
+    # Not the highest but the first acceptable one; keys are listed in the order of their names.
+    assert search.chosen(**{LIST: "JRE", HIGH: "0"}) == "six"
+
+
+def test_path_and_registry(search):
+    install_vm(search.base / "eight", "sun_8")
+    install_vm(search.base / "eleven", "sun_11")
+    install_vm(search.base / "seventeen", "ibm_17", compiler=True)
+    search.register(JAVASOFT + "JRE\\11.0.2", "registered eleven", minor=None)
+    path = search.path("eight", "seventeen", "eleven")
+    assert search.chosen(path) == "seventeen"
+    assert search.chosen(path, **{LIST: "jre"}) == "registered eleven"  # of equals, the registry's
+    assert search.chosen(path, **{HIGH: "0"}) == "eight"
+    assert search.chosen(path, **{HIGH: "1"}) == "seventeen"
+    # The order of the list comes before that of the sources; empty tokens do not matter.
+    assert search.chosen(path, **{HIGH: "0", LIST: "MSJ  JDK_J2 ALL"}) == "seventeen"
+    quoted = search.path("eight").replace(search.home("eight") + "\\bin", f'"{search.home("eight")}\\bin"')
+    assert search.chosen(quoted, **{HIGH: "0"}) == "eight"
+    assert search.chosen(**{HIGH: "0"}) == "registered eleven"
+
+
+@pytest.mark.parametrize("tokens, expected", [
+    ("ALL", "vm"), ("j2", "vm"), ("JRE", "vm"), ("JRE_J2", "vm"), ("J1", None), ("JRE_J1", None), ("JDK", None),
+    ("JDK_J2", None), ("MSJ", None), ("JDK MSJ Jre_J2", "vm"),
+])
+def test_list_tokens(search, tokens, expected):
+    install_vm(search.base / "vm", "sun_1_4_2")
+    assert search.chosen(search.path("vm"), **{LIST: tokens}) == expected
+
+
+@pytest.mark.parametrize("platform, expected", [(None, None), ("1", None), ("2", "vm"), ("3", "vm")])
+def test_platform(search, platform, expected):
+    """A 64-bit launcher gives every VM that it finds the class that 1 does not admit."""
+    install_vm(search.base / "vm")
+    assert search.chosen(search.path("vm"), **{PLATFORM: platform}) == expected
+
+
+def test_current_vm(search):
+    install_vm(search.base / "eight", "sun_8")
+    install_vm(search.base / "eleven", "sun_11")
+    path = search.path("eleven")
+    absolute, relative = search.home("eight") + r"\bin\java.exe", r"..\eight\bin\java.exe"
+    assert search.chosen(path, **{CURRENT: absolute}) == "eight"
+    assert search.chosen(path, **{CURRENT: relative, LIST: None}).endswith("eight")
+    # Not acceptable, no file, missing: the search decides.
+    assert search.chosen(path, **{CURRENT: absolute, LIST: "JDK"}) is None
+    assert search.chosen(path, **{CURRENT: search.home("eight") + r"\bin"}) == "eleven"
+    assert search.chosen(path, **{CURRENT: search.home("none") + r"\bin\java.exe"}) == "eleven"
+
+
+def test_vm_in_the_system_folder(app, registry, host):
+    registry.add({JAVASOFT + "Java Runtime Environment": {"CurrentVersion": "1.6"},
+                  JAVASOFT + "Java Runtime Environment\\1.6": {"MicroVersion": "0"}})
+    programs = [host.system_folder() / name for name in ("java.exe", "javaw.exe")]
+    try:
+        for program in programs:
+            install_stand_in(program, "plain")
+        app.configure(**{LIST: "JRE_J2"})
+        result = app.run()
+    finally:
+        for program in programs:
+            program.unlink()
+    assert result.boxes == []
+    assert result.record["program"].lower() == r"c:\windows\system32\javaw.exe"
+    assert "--add-opens" not in result.record["commandLine"]
