@@ -65,14 +65,14 @@ constexpr unsigned kTexts[] = {
 };
 
 HMODULE launcher() {
-  static const HMODULE module = LoadLibraryExW(replaceAll(fromUtf8(RYN_LAUNCHER_PATH), L"/", L"\\").c_str(),
-                                               nullptr, LOAD_LIBRARY_AS_DATAFILE);
+  static HMODULE module = LoadLibraryExW(replaceAll(fromUtf8(RYN_LAUNCHER_PATH), L"/", L"\\").c_str(),
+                                         nullptr, LOAD_LIBRARY_AS_DATAFILE);
   return module;
 }
 
 /// A resource's bytes, as 16-bit units; nothing when the language has none.
 std::vector<wchar_t> resource(const wchar_t* type, unsigned id, WORD language) {
-  const HRSRC found = FindResourceExW(launcher(), type, MAKEINTRESOURCEW(id), language);
+  HRSRC found = FindResourceExW(launcher(), type, MAKEINTRESOURCEW(id), language);
   if (!found) return {};
   const auto* data = static_cast<const wchar_t*>(LockResource(LoadResource(launcher(), found)));
   return {data, data + SizeofResource(launcher(), found) / sizeof(wchar_t)};
