@@ -27,6 +27,10 @@ class ServiceRYN final : public Launcher {
   /// TerminalError when the manager did not start this process.
   virtual void startService();
 
+  /// What the control manager calls. Ends the VM for a stop or shutdown and returns 0; any other control
+  /// changes nothing and returns 120, not implemented.
+  static DWORD WINAPI controlHandler(DWORD control);
+
  private:
   class Task;
 
@@ -34,7 +38,6 @@ class ServiceRYN final : public Launcher {
 
   static ServiceRYN& current();
   static void WINAPI serviceMainEntry(DWORD count, wchar_t** arguments);
-  static DWORD WINAPI controlHandler(DWORD control);
 
   void serviceMain();
   void setServiceState(DWORD state);
