@@ -27,6 +27,7 @@ class VmVersion {
   /// Replaces the minor number and packs the other two again.
   constexpr void setMinor(int16_t minor) { *this = VmVersion(generation(), minor, micro()); }
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a null pointer
   friend constexpr auto operator<=>(VmVersion, VmVersion) = default;
 
  private:
