@@ -264,7 +264,7 @@ TEST(CheckVmFolderTest, WhatIsMissingMattersWhenItIsNeeded) {
 // the system that runs the tests need not have ordinary users.
 
 std::wstring fixturesFolder() {
-  return folderPart(modulePath());
+  return folderPart(modulePath()) + L"\\fixtures";
 }
 
 UniqueModule loadFakes(const std::wstring& fileName) {
