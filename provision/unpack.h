@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace ryn {
+
+/// Unpacks the VM pack at `packPath` into `extractionFolder`, by way of the folder "downloadIntermediary"
+/// beside the pack. False when the pack or the "vm.zip" at its top cannot be opened; the intermediate
+/// folder then stays. Entries that cannot be created or are damaged are passed over: a pack that has to
+/// be whole needs a checksum.
+bool extractPack(const std::wstring& packPath, const std::wstring& extractionFolder);
+
+}  // namespace ryn

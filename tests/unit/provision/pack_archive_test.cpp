@@ -1,0 +1,219 @@
+#include "provision/pack_archive.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/files.h"
+#include "platform/text.h"
+#include "tests/unit/provision/zip_builder.h"
+#include "tests/unit/support/temp_folder.h"
+
+namespace ryn {
+namespace {
+
+using test::littleEndian;
+using test::makeZip;
+using test::TempFolder;
+using test::ZipEntry;
+
+constexpr uint64_t kUnixEpoch = 116'444'736'000'000'000;
+
+uint64_t unixTicks(uint64_t seconds) {
+  return kUnixEpoch + seconds * 10'000'000;
+}
+
+/// A "UT" block with the times given.
+std::string utBlock(char flags, const std::vector<uint32_t>& seconds) {
+  std::string data(1, flags);
+  for (const uint32_t second : seconds) data += littleEndian(second, 4);
+  return "UT" + littleEndian(data.size(), 2) + data;
+}
+
+TEST(EntryNameTest, DropsLeadingRootsAndEnclosedParents) {
+  const struct {
+    std::string stored;
+    std::wstring name;
+  } rows[] = {
+      {"bin/java.exe", L"bin/java.exe"},
+      {"C:\\bin\\java.exe", L"bin\\java.exe"},
+      {"//\\C:/D:x", L"x"},
+      {"::x", L"x"},
+      {"a\\..\\\\..\\b", L"b"},
+      {"a/../b/..\\c\\../d", L"d"},
+      // The backslash pattern is looked for first, wherever it stands.
+      {"a/../b\\..\\c/../d", L"d"},
+      {"/../x", L"../x"},
+      {"../x", L"../x"},
+      {"..\\..\\x", L"x"},
+      {"x/..", L"x/.."},
+      {"x/../", L""},
+      {"a/..//etc", L"/etc"},
+      {"a..b/...", L"a..b/..."},
+      {"file:stream", L"file:stream"},
+      {"\xC3\xA4/\xE4\xB8\xAD", L"\u00e4/\u4e2d"},
+      {std::string("a\0b", 3), L"a"},
+      {std::string(300, 'x'), std::wstring(260, L'x')},
+      {"C:" + std::string(300, 'x'), std::wstring(258, L'x')},
+      {"", L""},
+  };
+  for (const auto& row : rows) EXPECT_EQ(entryName(row.stored), row.name) << row.stored;
+}
+
+TEST(EntryAttributesTest, DependOnTheSystemThatMadeTheEntry) {
+  const struct {
+    unsigned madeBy;
+    uint32_t external;
+    DWORD attributes;
+  } rows[] = {
+      {20, 0, 0},
+      {20, 0x27, 0x27},
+      {20, 0x10, 0x10},
+      {0x0B14, 0x30, 0x30},
+      {0x0714, 1, 1},
+      {0x0E14, 2, 2},
+      // Unix modes: 0644, 0444, a folder, a folder without write permission; DOS bits do not count.
+      {0x0314, 0x81A40000, 0x20},
+      {0x0314, 0x81240000, 0x21},
+      {0x0314, 0x41ED0010, 0x30},
+      {0x0314, 0x416D0000, 0x31},
+      {0x0314, 0x0000001F, 0x21},
+      {0x1314, 0x81A40002, 0x20},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(attributesOf(row.madeBy, row.external), row.attributes)
+        << std::hex << row.madeBy << row.external;
+  }
+}
+
+TEST(EntryTimesTest, TimestampBlockReplacesDosTimes) {
+  // 2 January 2024, 12:30:10 in local time.
+  constexpr uint32_t kDosTime = 0x582263C5;
+  const PackTimes dos = timesOf(kDosTime, "");
+  const FILETIME utcTime{static_cast<DWORD>(dos.modify), static_cast<DWORD>(dos.modify >> 32)};
+  SYSTEMTIME utc;
+  SYSTEMTIME local;
+  FILETIME localTime;
+  WORD date = 0;
+  WORD time = 0;
+  ASSERT_TRUE(FileTimeToSystemTime(&utcTime, &utc) &&
+              SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local) &&
+              SystemTimeToFileTime(&local, &localTime) && FileTimeToDosDateTime(&localTime, &date, &time));
+  EXPECT_EQ(static_cast<uint32_t>(date) << 16 | time, kDosTime);
+  EXPECT_EQ(dos, (PackTimes{dos.modify, dos.modify, dos.modify}));
+  EXPECT_EQ(timesOf(0, ""), PackTimes());
+
+  const uint64_t d = dos.modify;
+  const std::string other = "XX" + littleEndian(300, 2) + std::string(300, 'U');
+  const struct {
+    const char* what;
+    std::string extra;
+    PackTimes times;  // creation, access, modification
+  } rows[] = {
+      {"modification only", utBlock(1, {1000}), {d, d, unixTicks(1000)}},
+      {"all", utBlock(7, {1000, 2000, 3000}), {unixTicks(3000), unixTicks(2000), unixTicks(1000)}},
+      {"no access time", utBlock(5, {1000, 3000}), {unixTicks(3000), d, unixTicks(1000)}},
+      {"announces more than it holds", utBlock(7, {1000}), {d, d, unixTicks(1000)}},
+      {"before 1970", utBlock(1, {0xFFFFFFFF}), {d, d, kUnixEpoch - 10'000'000}},
+      {"the first of two", utBlock(1, {1}) + utBlock(1, {2}), {d, d, unixTicks(1)}},
+      {"behind a long block", other + utBlock(1, {1000}), {d, d, unixTicks(1000)}},
+      {"cut short", utBlock(1, {1000}).substr(0, 7), dos},
+      {"empty block", utBlock(1, {}).substr(0, 4), dos},
+      {"length beyond the field", "XX\xFF\xFF" + utBlock(1, {1000}), dos},
+      {"none", other, dos},
+  };
+  for (const auto& row : rows) EXPECT_EQ(timesOf(kDosTime, row.extra), row.times) << row.what;
+}
+
+class PackArchiveTest : public testing::Test {
+ protected:
+  PackArchive open(const std::string& bytes) {
+    auto archive = PackArchive::open(folder_.write(L"pack.vm", bytes));
+    if (!archive) throw std::runtime_error("archive does not open");
+    archive->setBaseFolder(folder_.at(L"out"));
+    return std::move(*archive);
+  }
+
+  static PackResult extract(PackArchive& archive, int32_t index) {
+    PackEntry entry;
+    const PackResult result = archive.getEntry(index, entry);
+    return result == PackResult::kOk ? archive.extract(index, entry.name) : result;
+  }
+
+  std::string extracted(const std::wstring& name) { return test::readBytes(folder_.at(L"out\\" + name)); }
+
+  TempFolder folder_{TempFolder::Name::kNonAscii};
+};
+
+TEST_F(PackArchiveTest, EntriesComeOutInAnyOrder) {
+  const std::string big(100'000, 'b');
+  PackArchive archive = open(makeZip({{.name = "bin/", .externalAttributes = 0x10},
+                                      {.name = "bin/sub\\one.txt", .data = "one"},
+                                      {.name = "big", .data = big},
+                                      {.name = "stored", .data = big, .method = 0},
+                                      {.name = "empty"}}));
+  PackEntry entry;
+  ASSERT_EQ(archive.getEntry(-1, entry), PackResult::kOk);
+  EXPECT_EQ(entry.index, 5);
+  ASSERT_EQ(archive.getEntry(2, entry), PackResult::kOk);
+  EXPECT_EQ(entry.uncompressedSize, 100'000);
+  EXPECT_LT(entry.compressedSize, 10'000);
+
+  for (const int32_t index : {4, 0, 3, 1, 2, 2}) EXPECT_EQ(extract(archive, index), PackResult::kOk) << index;
+  EXPECT_TRUE(folderExists(folder_.at(L"out\\bin")));
+  EXPECT_EQ(extracted(L"bin\\sub\\one.txt"), "one");
+  EXPECT_EQ(extracted(L"big"), big);
+  EXPECT_EQ(extracted(L"stored"), big);
+  EXPECT_EQ(extracted(L"empty"), "");
+  for (const int32_t index : {-2, 5, INT32_MAX})
+    EXPECT_EQ(extract(archive, index), PackResult::kBadIndex) << index;
+}
+
+TEST_F(PackArchiveTest, AttributesAndTimesReachTheFile) {
+  const ZipEntry readOnly = {
+      .name = "f", .data = "x", .externalAttributes = 0x23, .localExtra = utBlock(7, {1000, 2000, 3000})};
+  PackArchive archive = open(makeZip({readOnly}));
+  // The second time a read-only, hidden file is in the way.
+  for (int round = 0; round < 2; ++round) ASSERT_EQ(extract(archive, 0), PackResult::kOk) << round;
+
+  WIN32_FILE_ATTRIBUTE_DATA data;
+  ASSERT_TRUE(GetFileAttributesExW(folder_.at(L"out\\f").c_str(), GetFileExInfoStandard, &data));
+  EXPECT_EQ(data.dwFileAttributes & FILE_ATTRIBUTE_READONLY, FILE_ATTRIBUTE_READONLY);
+  const uint64_t modified =
+      static_cast<uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32 | data.ftLastWriteTime.dwLowDateTime;
+  EXPECT_EQ(modified, unixTicks(1000));
+}
+
+TEST_F(PackArchiveTest, DamagedEntriesAreToldApart) {
+  const std::string data(50'000, 'd');
+  std::string bytes = makeZip({{.name = "encrypted", .data = data, .flags = 1},
+                               {.name = "longer", .data = data, .sizeError = 10},
+                               {.name = "bzip2", .data = data, .method = 12},
+                               {.name = "taken", .data = data},
+                               {.name = "header", .data = data},
+                               {.name = "good", .data = data}});
+  bytes[bytes.find("PK\3\4", bytes.find("header") - 40) + 1] = 'X';
+  folder_.makeFolder(L"out\\taken");
+  PackArchive archive = open(bytes);
+
+  const PackResult results[] = {PackResult::kEncrypted,     PackResult::kDataEnded,
+                                PackResult::kCorruptHeader, PackResult::kFileNotCreated,
+                                PackResult::kCorruptHeader, PackResult::kOk};
+  for (int32_t index = 0; index < 6; ++index) EXPECT_EQ(extract(archive, index), results[index]) << index;
+  EXPECT_EQ(extracted(L"good"), data);
+}
+
+TEST_F(PackArchiveTest, ClaimedEntriesEndWhereTheDirectoryDoes) {
+  std::string bytes = makeZip({{.name = "a", .data = "a"}});
+  // Both counts of the end record.
+  bytes.replace(bytes.size() - 14, 4, littleEndian(0xFFF0FFF0, 4));
+  PackArchive archive = open(bytes);
+  PackEntry entry;
+  ASSERT_EQ(archive.getEntry(-1, entry), PackResult::kOk);
+  EXPECT_EQ(entry.index, 0xFFF0);
+  EXPECT_EQ(extract(archive, 0), PackResult::kOk);
+  for (const int32_t index : {1, 2, 60000})
+    EXPECT_EQ(extract(archive, index), PackResult::kBadIndex) << index;
+  EXPECT_EQ(extract(archive, 0), PackResult::kOk);
+}
+
+}  // namespace
+}  // namespace ryn
