@@ -106,8 +106,15 @@ class Host:
 
     def signal(self, event):
         """Sets a named event, such as the one that a stand-in VM waits for."""
+        self._request(f"signal={event}")
+
+    def close_window(self, title):
+        """Asks a window to close, as its button does."""
+        self._request(f"quit={title}")
+
+    def _request(self, line):
         with tempfile.NamedTemporaryFile("w", encoding="utf-8") as request:
-            request.write(f"signal={event}\n")
+            request.write(line + "\n")
             request.flush()
             self.wine(FIXTURES / "runner.exe", windows_path(request.name))
 

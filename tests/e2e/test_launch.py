@@ -3,7 +3,7 @@ import re
 
 import pytest
 
-from harness import ERROR_TITLE, NO_VALID_VM, host_path, install_stand_in, install_vm, windows_path
+from harness import NO_VALID_VM, host_path, install_stand_in, install_vm, windows_path
 
 OPENS = "--add-opens java.base/jdk.internal.loader=ALL-UNNAMED"
 NATIVE = "--enable-native-access=ALL-UNNAMED"
@@ -185,6 +185,9 @@ def test_vm_from_the_environment(app):
     cases = [(wanted, wanted), (wanted.parent, current), (wanted.with_name("missing.exe"), current)]
     for named, expected in cases:
         assert launch(app, vm=named).record["program"] == windows_path(expected)
+    # A relative path starts at the application's folder, not at the caller's.
+    relative = app.run(env={"RYN_VM": r"wanted\bin\java.exe"}, folder=app.folder.parent)
+    assert relative.record["program"] == windows_path(wanted)
     # It is taken even when the properties admit no such VM.
     app.configure(ryn__nl__valid__vm__list="MSJ")
     assert launch(app, vm=wanted).record["program"] == windows_path(wanted)

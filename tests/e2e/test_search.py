@@ -106,6 +106,19 @@ def test_list_tokens(search, tokens, expected):
     assert search.chosen(search.path("vm"), **{LIST: tokens}) == expected
 
 
+def test_kinds_in_path(search):
+    """A VM without a version, told by its folder, and the Microsoft VM, which has no windowless namesake there."""
+    plain = install_vm(search.base / "plain", "plain")
+    assert search.chosen(search.path("plain"), **{LIST: "J2"}) is None
+    (plain.parent / "server").mkdir()
+    assert search.chosen(search.path("plain"), **{LIST: "J2"}) == "plain"
+    for name in ("jview", "wjview"):
+        install_stand_in(search.base / "ms" / "bin" / f"{name}.exe", "jview")
+    search.app.configure(**{LIST: "msj ALL", HIGH: "0"})
+    result = search.app.run(path=search.path("plain", "ms"))
+    assert result.record["program"] == search.home("ms") + r"\bin\wjview.exe"
+
+
 @pytest.mark.parametrize("platform, expected", [(None, None), ("1", None), ("2", "vm"), ("3", "vm")])
 def test_platform(search, platform, expected):
     """A 64-bit launcher gives every VM that it finds the class that 1 does not admit."""
