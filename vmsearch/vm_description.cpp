@@ -1,0 +1,69 @@
+#include "vmsearch/vm_description.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "platform/files.h"
+#include "platform/text.h"
+
+namespace ryn {
+namespace {
+
+constexpr wchar_t kKeyPrefix[] = L"build.jvmspec.";
+constexpr wchar_t kFolder[] = L"jvmspecs\\";
+
+}  // namespace
+
+VmDescription VmDescription::load(const std::wstring& path) {
+  const CStream stream = openForReading(path);
+  if (!stream) return {};
+  std::string bytes;
+  char buffer[4096];
+  while (const size_t count = std::fread(buffer, 1, sizeof(buffer), stream.get()))
+    bytes.append(buffer, count);
+  return parse(widenBytes(bytes));
+}
+
+VmDescription VmDescription::parse(std::wstring_view text) {
+  VmDescription description;
+  std::vector<std::wstring>* block = nullptr;
+  for (const std::wstring& whole : split(text, L'\n')) {
+    if (whole.starts_with(L'#')) continue;
+    const std::wstring_view line = trim(whole);
+    if (line.empty()) continue;
+    if (block != nullptr) {
+      if (line.find(kEndOfBlock) != std::wstring_view::npos)
+        block = nullptr;
+      else
+        block->emplace_back(line);
+      continue;
+    }
+    // A key may stand anywhere in the line, and a line can hold several: each one sets its text. So
+    // BOOT_CLASSPATH also sets the class path, and files that want both name CLASSPATH behind it.
+    for (const DescriptionKey& key : kDescriptionKeys) {
+      const size_t at = line.find(key.name);
+      if (at == std::wstring_view::npos) continue;
+      if (key.text != nullptr) description.*key.text = trim(line.substr(at + key.name.size()));
+      if (key.block != nullptr && block == nullptr) block = &(description.*key.block);
+    }
+  }
+  return description;
+}
+
+bool VmDescription::empty() const {
+  return std::all_of(std::begin(kDescriptionKeys), std::end(kDescriptionKeys),
+                     [this](const DescriptionKey& key) {
+                       return (key.text == nullptr || (this->*key.text).empty()) &&
+                              (key.block == nullptr || (this->*key.block).empty());
+                     });
+}
+
+std::wstring descriptionKey(int index) {
+  return kKeyPrefix + decimal(index);
+}
+
+std::wstring descriptionPath(const PropertyFile& jvmspecs, int index) {
+  return kFolder + jvmspecs.get(descriptionKey(index), L"");
+}
+
+}  // namespace ryn
