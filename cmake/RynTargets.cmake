@@ -9,7 +9,8 @@ target_compile_definitions(ryn_build_flags INTERFACE
   _WIN32_WINNT=0x0601 WINVER=0x0601)
 target_compile_options(ryn_build_flags INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror>
-  $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong -ffunction-sections -fdata-sections>)
+  # No -ffunction-sections: on Windows the unwind tables keep every section, and each is padded to 16 bytes.
+  $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>)
 target_link_options(ryn_build_flags INTERFACE
   # One file to copy: no libstdc++, libgcc or winpthread beside the program.
   -static

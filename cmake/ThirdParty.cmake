@@ -15,6 +15,6 @@ endif()
 # The reader alone. NOUNCRYPT leaves out its decryption: packs are never encrypted.
 add_library(minizip_unzip STATIC "${RYN_MINIZIP_DIR}/unzip.c" "${RYN_MINIZIP_DIR}/ioapi.c")
 target_compile_definitions(minizip_unzip PRIVATE NOUNCRYPT)
-target_compile_options(minizip_unzip PRIVATE -w -Os -ffunction-sections -fdata-sections -fstack-protector-strong)
+target_compile_options(minizip_unzip PRIVATE -w -Os -fstack-protector-strong)
 target_include_directories(minizip_unzip SYSTEM INTERFACE "${RYN_MINIZIP_DIR}")
 target_link_libraries(minizip_unzip PUBLIC ryn_zlib)
