@@ -38,16 +38,16 @@ bool extractPack(const std::wstring& packPath, const std::wstring& extractionFol
   const std::wstring intermediateFolder = folderPart(packPath) + L"\\downloadIntermediary";
   const std::wstring innerArchive = intermediateFolder + L"\\vm.zip";
   if (!pathExists(intermediateFolder)) CreateDirectoryW(intermediateFolder.c_str(), nullptr);
-  // One that a failed attempt left behind must not stand in for one that this pack lacks.
+  // One that an interrupted attempt left behind must not stand in for one that this pack lacks.
   deleteFile(innerArchive);
 
-  if (!extractArchive(packPath, intermediateFolder)) return false;
-  if (!fileExists(innerArchive) || !extractArchive(innerArchive, extractionFolder)) return false;
+  const bool unpacked = extractArchive(packPath, intermediateFolder) && fileExists(innerArchive) &&
+                        extractArchive(innerArchive, extractionFolder);
 
   deleteFile(innerArchive);
   deleteFile(intermediateFolder + L"\\vm.properties");
   RemoveDirectoryW(intermediateFolder.c_str());
-  return true;
+  return unpacked;
 }
 
 }  // namespace ryn

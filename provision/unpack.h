@@ -5,9 +5,9 @@
 namespace ryn {
 
 /// Unpacks the VM pack at `packPath` into `extractionFolder`, by way of the folder "downloadIntermediary"
-/// beside the pack. False when the pack or the "vm.zip" at its top cannot be opened; the intermediate
-/// folder then stays. Entries that cannot be created or are damaged are passed over: a pack that has to
-/// be whole needs a checksum.
+/// beside the pack, which is removed unless the pack holds more than "vm.zip" and "vm.properties". False
+/// when the pack or the "vm.zip" at its top cannot be opened. Entries that cannot be created or are damaged
+/// are passed over: a pack that has to be whole needs a checksum.
 bool extractPack(const std::wstring& packPath, const std::wstring& extractionFolder);
 
 }  // namespace ryn
