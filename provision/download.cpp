@@ -1,0 +1,349 @@
+#include "provision/download.h"
+
+#include <wininet.h>
+
+// Behind the header that it takes its types from.
+#include <commctrl.h>
+
+#include <memory>
+
+#include "platform/files.h"
+#include "platform/output.h"
+#include "platform/system_library.h"
+#include "platform/text.h"
+#include "resources/string_table.h"
+
+namespace ryn {
+namespace {
+
+constexpr DWORD kChunkBytes = 1024;
+constexpr uint64_t kChunksPerMark = 500;
+constexpr uint64_t kMarksPerGroup = 5;
+constexpr UINT_PTR kStartTimer = 1;
+constexpr UINT kStartTimerMs = 100;
+constexpr ULONGLONG kUpdateIntervalMs = 50;
+
+using InternetHandle = std::unique_ptr<void, decltype(&InternetCloseHandle)>;
+
+/// The functions of wininet.dll, which most launches never need.
+struct WinInet {
+  decltype(&InternetOpenW) open = nullptr;
+  decltype(&InternetOpenUrlW) openUrl = nullptr;
+  decltype(&InternetConnectW) connect = nullptr;
+  decltype(&FtpOpenFileW) ftpOpenFile = nullptr;
+  decltype(&HttpQueryInfoW) httpQueryInfo = nullptr;
+  decltype(&InternetReadFile) readFile = nullptr;
+  decltype(&InternetCloseHandle) closeHandle = nullptr;
+  decltype(&InternetCrackUrlW) crackUrl = nullptr;
+  decltype(&FtpGetFileSize) ftpGetFileSize = nullptr;
+
+  /// False when the library or one of the functions cannot be had.
+  bool load() {
+    UniqueModule library = loadSystemLibrary(L"wininet.dll");
+    const HMODULE module = library.get();
+    open = getFunction<decltype(open)>(module, "InternetOpenW");
+    openUrl = getFunction<decltype(openUrl)>(module, "InternetOpenUrlW");
+    connect = getFunction<decltype(connect)>(module, "InternetConnectW");
+    ftpOpenFile = getFunction<decltype(ftpOpenFile)>(module, "FtpOpenFileW");
+    httpQueryInfo = getFunction<decltype(httpQueryInfo)>(module, "HttpQueryInfoW");
+    readFile = getFunction<decltype(readFile)>(module, "InternetReadFile");
+    closeHandle = getFunction<decltype(closeHandle)>(module, "InternetCloseHandle");
+    crackUrl = getFunction<decltype(crackUrl)>(module, "InternetCrackUrlW");
+    ftpGetFileSize = getFunction<decltype(ftpGetFileSize)>(module, "FtpGetFileSize");
+    if (open == nullptr || openUrl == nullptr || connect == nullptr || ftpOpenFile == nullptr ||
+        httpQueryInfo == nullptr || readFile == nullptr || closeHandle == nullptr || crackUrl == nullptr ||
+        ftpGetFileSize == nullptr) {
+      return false;
+    }
+    // It stays for the rest of the process: its own threads may outlive a transfer.
+    library.release();
+    return true;
+  }
+};
+
+/// One download with all it holds; the dialog procedure reaches it through the dialog's user data.
+class Download {
+ public:
+  Download(const WinInet& internet, const DownloadSettings& settings, const std::wstring& url,
+           const std::wstring& destination, UserPrompt& prompt)
+      : internet_(internet),
+        settings_(settings),
+        url_(url),
+        destination_(destination),
+        prompt_(prompt),
+        session_(nullptr, internet.closeHandle),
+        source_(nullptr, internet.closeHandle) {}
+
+  bool run() {
+    session_.reset(internet_.open(L"InetURL/1.0", INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0));
+    if (!session_) {
+      const DWORD error = GetLastError();
+      say(L"\nAttempt to connect to internet failed.");
+      sayNumber(L"\nWininet Error code: ", error);
+      if (showsWindows()) showConnectionError();
+      return false;
+    }
+
+    const UrlScheme scheme = urlScheme(url_);
+    if (scheme == UrlScheme::kHttp && !openHttp()) return false;
+    if (scheme == UrlScheme::kFtp && !openFtp()) return false;
+    // Any other URL leaves no source, which the transfer reports.
+    if (!showsWindows()) return transfer();
+
+    DialogBoxParamW(settings_.owner, MAKEINTRESOURCEW(IDD_DOWNLOAD), nullptr, dialogProcedure,
+                    reinterpret_cast<LPARAM>(this));
+    return succeeded_;
+  }
+
+ private:
+  bool showsWindows() const { return settings_.showProgress && !settings_.quiet; }
+
+  void say(std::wstring_view text) const {
+    if (!settings_.quiet) writeOutput(text);
+  }
+
+  void sayNumber(std::wstring_view label, DWORD number) const {
+    say(std::wstring(label) + decimal(static_cast<int>(number)) + L"\n");
+  }
+
+  void showConnectionError() const {
+    prompt_.showMessage(StringTable::get(IDS_CONNECT_FAILED), StringTable::get(IDS_CONNECT_ERROR_TITLE));
+  }
+
+  void reportNoConnection(std::wstring_view label, DWORD number) const {
+    if (showsWindows()) return showConnectionError();
+    say(L"\nCould not connect to the specified URL\n");
+    sayNumber(label, number);
+  }
+
+  /// 0 when the answer has no such number.
+  DWORD queryHttp(DWORD what) const {
+    DWORD number = 0;
+    DWORD size = sizeof(number);
+    internet_.httpQueryInfo(source_.get(), what | HTTP_QUERY_FLAG_NUMBER, &number, &size, nullptr);
+    return number;
+  }
+
+  // Below the last error decides, not the handle. It is cleared first, so that no older one counts.
+
+  bool openHttp() {
+    SetLastError(ERROR_SUCCESS);
+    source_.reset(internet_.openUrl(session_.get(), url_.c_str(), nullptr, 0, 0, 0));
+    if (const DWORD error = GetLastError(); error != ERROR_SUCCESS) {
+      // Not the end: the status tells whether there is an answer.
+      say(L"\nError in opening internet connection with URL\n");
+      sayNumber(L"\nWininet Error code: ", error);
+    }
+    if (const DWORD status = queryHttp(HTTP_QUERY_STATUS_CODE); status != HTTP_STATUS_OK) {
+      reportNoConnection(L"HTTP Status code: ", status);
+      return false;
+    }
+    sizeBytes_ = queryHttp(HTTP_QUERY_CONTENT_LENGTH);
+    return true;
+  }
+
+  bool openFtp() {
+    wchar_t scheme[32] = {};
+    wchar_t host[256] = {};
+    wchar_t path[2048] = {};
+    URL_COMPONENTSW parts = {};
+    parts.dwStructSize = sizeof(parts);
+    parts.lpszScheme = scheme;
+    parts.dwSchemeLength = ARRAYSIZE(scheme);
+    parts.lpszHostName = host;
+    parts.dwHostNameLength = ARRAYSIZE(host);
+    parts.lpszUrlPath = path;
+    parts.dwUrlPathLength = ARRAYSIZE(path);
+    // A URL that cannot be split leaves an empty host, to which no connection can be made.
+    internet_.crackUrl(url_.c_str(), 0, ICU_ESCAPE, &parts);
+
+    SetLastError(ERROR_SUCCESS);
+    // Closed with its session. A port in the URL has never counted.
+    const HINTERNET connection =
+        internet_.connect(session_.get(), host, INTERNET_DEFAULT_FTP_PORT, L"anonymous", nullptr,
+                          INTERNET_SERVICE_FTP, INTERNET_FLAG_PASSIVE | INTERNET_FLAG_NO_CACHE_WRITE, 1);
+    DWORD error = GetLastError();
+    if (error == ERROR_SUCCESS) {
+      source_.reset(internet_.ftpOpenFile(connection, path, GENERIC_READ, FTP_TRANSFER_TYPE_BINARY, 1));
+      error = GetLastError();
+    }
+    if (error != ERROR_SUCCESS) {
+      reportNoConnection(L"Wininet Error code: ", error);
+      return false;
+    }
+    if (source_) {
+      DWORD high = 0;
+      const DWORD low = internet_.ftpGetFileSize(source_.get(), &high);
+      sizeBytes_ = ftpFileSize(low, high);
+    }
+    return true;
+  }
+
+  bool transfer() {
+    CStream file(source_ ? _wfopen(destination_.c_str(), L"wb") : nullptr);
+    if (!file) {
+      reportFailure();
+      return false;
+    }
+    char chunk[kChunkBytes];
+    DWORD size = 0;
+    uint64_t count = 0;
+    bool written = true;
+    while (written && !cancelled_ && internet_.readFile(source_.get(), chunk, kChunkBytes, &size) &&
+           size > 0) {
+      written = std::fwrite(chunk, 1, size, file.get()) == size;
+      if (const std::wstring_view mark = progressMark(++count); !mark.empty()) say(mark);
+      if (dialog_ != nullptr) updateDialog(count);
+    }
+    written = std::fflush(file.get()) == 0 && written;
+    source_.reset();
+    file.reset();
+    session_.reset();
+    if (written && !cancelled_) return true;
+    DeleteFileW(destination_.c_str());
+    if (!cancelled_) reportFailure();
+    return false;
+  }
+
+  void reportFailure() const {
+    say(L"\nAttempt to download VM failed");
+    if (!showsWindows()) return;
+    prompt_.showMessage(StringTable::get(IDS_DOWNLOAD_FAILED), StringTable::get(IDS_DOWNLOAD_ERROR_TITLE));
+  }
+
+  /// Moves the bar by the chunks since the last time and answers messages. Not for every chunk: drawing the
+  /// bar takes longer than fetching a chunk.
+  void updateDialog(uint64_t chunkCount) {
+    const ULONGLONG now = GetTickCount64();
+    if (now - lastUpdate_ < kUpdateIntervalMs) return;
+    lastUpdate_ = now;
+    SendMessageW(progressBar_, PBM_DELTAPOS, static_cast<WPARAM>(chunkCount - shownChunks_), 0);
+    shownChunks_ = chunkCount;
+
+    // The transfer keeps the dialog's thread busy; without this the dialog would not be drawn, and Windows
+    // would mark it as not responding.
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+      if (message.message == WM_QUIT) {
+        PostQuitMessage(static_cast<int>(message.wParam));
+        cancelled_ = true;
+        return;
+      }
+      if (IsDialogMessageW(dialog_, &message)) continue;
+      TranslateMessage(&message);
+      DispatchMessageW(&message);
+    }
+  }
+
+  static INT_PTR CALLBACK dialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_INITDIALOG) {
+      SetWindowLongPtrW(dialog, DWLP_USER, lParam);
+      reinterpret_cast<Download*>(lParam)->prepareDialog(dialog);
+      return TRUE;
+    }
+    auto* self = reinterpret_cast<Download*>(GetWindowLongPtrW(dialog, DWLP_USER));
+    if (message == WM_COMMAND && (LOWORD(wParam) == IDOK || LOWORD(wParam) == IDCANCEL)) {
+      self->onButton(LOWORD(wParam));
+      return TRUE;
+    }
+    if (message == WM_TIMER && wParam == kStartTimer) {
+      KillTimer(dialog, kStartTimer);
+      self->transferring_ = true;
+      self->succeeded_ = self->transfer();
+      EndDialog(dialog, 0);
+      return TRUE;
+    }
+    return FALSE;
+  }
+
+  /// There are no buttons; Esc and Enter count as Cancel and OK. While the transfer runs only Cancel
+  /// counts: Enter may still be held down from starting the program.
+  void onButton(WORD button) {
+    if (!transferring_) {
+      EndDialog(dialog_, 0);
+    } else if (button == IDCANCEL) {
+      cancelled_ = true;
+    }
+  }
+
+  void prepareDialog(HWND dialog) {
+    dialog_ = dialog;
+    commonControls_ = loadSystemLibrary(L"comctl32.dll");
+    const auto initialise =
+        getFunction<decltype(&InitCommonControlsEx)>(commonControls_.get(), "InitCommonControlsEx");
+    const INITCOMMONCONTROLSEX classes = {sizeof(classes), ICC_PROGRESS_CLASS};
+    if (initialise != nullptr) initialise(&classes);
+
+    ShowWindow(dialog, SW_SHOW);
+    // The transfer starts when the dialog is on the screen.
+    SetTimer(dialog, kStartTimer, kStartTimerMs, nullptr);
+    progressBar_ = CreateWindowExW(0, PROGRESS_CLASSW, nullptr, WS_CHILD | WS_VISIBLE, 25, 40, 220, 17,
+                                   dialog, nullptr, settings_.owner, nullptr);
+    SetWindowTextW(dialog, text(IDS_DOWNLOADING_TITLE).c_str());
+    SetDlgItemTextW(dialog, IDC_DOWNLOAD_TEXT, text(IDS_DOWNLOADING_TEXT).c_str());
+    if (source_) SendMessageW(progressBar_, PBM_SETRANGE, 0, MAKELPARAM(0, progressRange(sizeBytes_)));
+    // One step is one chunk.
+    SendMessageW(progressBar_, PBM_SETSTEP, 1, 0);
+    SetForegroundWindow(dialog);
+    SetActiveWindow(dialog);
+  }
+
+  /// From the owner, and empty when missing: nothing may be thrown through the dialog procedure.
+  std::wstring text(UINT id) const {
+    wchar_t buffer[510];
+    const int length = LoadStringW(settings_.owner, id, buffer, ARRAYSIZE(buffer));
+    return std::wstring(buffer, static_cast<size_t>(length));
+  }
+
+  const WinInet& internet_;
+  const DownloadSettings& settings_;
+  const std::wstring& url_;
+  const std::wstring& destination_;
+  UserPrompt& prompt_;
+  InternetHandle session_;
+  InternetHandle source_;
+  uint32_t sizeBytes_ = 0;
+
+  UniqueModule commonControls_;
+  HWND dialog_ = nullptr;
+  HWND progressBar_ = nullptr;
+  ULONGLONG lastUpdate_ = 0;
+  uint64_t shownChunks_ = 0;
+  bool transferring_ = false;
+  bool cancelled_ = false;
+  bool succeeded_ = false;
+};
+
+}  // namespace
+
+bool download(const DownloadSettings& settings, const std::wstring& url, const std::wstring& destination,
+              UserPrompt& prompt) {
+  WinInet internet;
+  if (!internet.load()) {
+    if (!settings.quiet) writeOutput(L"Failed to initialize secure WinINet functions\n");
+    return false;
+  }
+  if (!settings.quiet) writeOutput(L"\nDownloading VM Pack - Please Wait!!!\n");
+  return Download(internet, settings, url, destination, prompt).run();
+}
+
+UrlScheme urlScheme(std::wstring_view url) {
+  if (url.starts_with(L"http")) return UrlScheme::kHttp;
+  if (url.starts_with(L"ftp")) return UrlScheme::kFtp;
+  return UrlScheme::kOther;
+}
+
+uint32_t ftpFileSize(uint32_t low, uint32_t high) {
+  return low + 260 * high;
+}
+
+uint16_t progressRange(uint32_t sizeBytes) {
+  return static_cast<uint16_t>(sizeBytes / 1024);
+}
+
+std::wstring_view progressMark(uint64_t chunkCount) {
+  if (chunkCount == 0 || chunkCount % kChunksPerMark != 0) return {};
+  return chunkCount % (kChunksPerMark * kMarksPerGroup) == 0 ? L"= " : L"=";
+}
+
+}  // namespace ryn
