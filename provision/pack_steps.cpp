@@ -1,0 +1,81 @@
+#include "provision/pack_steps.h"
+
+#include <windows.h>
+
+#include "platform/files.h"
+#include "platform/output.h"
+#include "provision/application_layout.h"
+#include "provision/digest.h"
+#include "provision/unpack.h"
+#include "resources/string_table.h"
+
+namespace ryn {
+namespace {
+
+class Messages {
+ public:
+  Messages(const DownloadSettings& settings, UserPrompt& prompt) : settings_(settings), prompt_(prompt) {}
+
+  void say(std::wstring_view text) const {
+    if (!settings_.quiet) writeOutput(text);
+  }
+
+  /// In a box where there are windows, else on the console.
+  void tell(const std::wstring& boxText, const std::wstring& caption, std::wstring_view consoleText) const {
+    if (settings_.quiet) return;
+    if (settings_.showProgress) {
+      prompt_.showMessage(boxText, caption);
+    } else {
+      writeOutput(consoleText);
+    }
+  }
+
+ private:
+  const DownloadSettings& settings_;
+  UserPrompt& prompt_;
+};
+
+bool isIntact(const PackSource& pack, const std::wstring& path, const std::wstring& digestFailureText,
+              const Messages& messages) {
+  messages.say(L"\nVerifying the downloaded JVM with MD5 checksum specified\n");
+  if (md5OfFile(path) != pack.digest) {
+    messages.tell(digestFailureText, L"MD5 Checksum Verification",
+                  L"Warning!! MD5 checksum verification for downloaded JVM failed. Installer exiting...");
+    return false;
+  }
+  messages.say(L"MD5 checksum verification for downloaded JVM passed");
+  return true;
+}
+
+}  // namespace
+
+std::wstring fetchPack(const PackSource& pack, const std::wstring& digestFailureText,
+                       const std::wstring& launcherFolder, const DownloadSettings& settings,
+                       UserPrompt& prompt) {
+  const Messages messages(settings, prompt);
+  if (!pack.url.ends_with(L".vm")) {
+    messages.tell(L"The file specified for download is not a valid VM pack", L"Invalid VM Pack",
+                  L"\nThe file specified is not a valid VM pack\n");
+    return {};
+  }
+
+  const std::wstring packPath = packDestination(launcherFolder, pack.url);
+  if (!download(settings, pack.url, packPath, prompt)) return {};
+  if (pack.verify && !isIntact(pack, packPath, digestFailureText, messages)) return {};
+
+  messages.say(L"\nExtracting VM Pack. Please wait!!!\n");
+  const std::wstring folder = extractionFolder(launcherFolder);
+  if (!pathExists(folder)) CreateDirectoryW(folder.c_str(), nullptr);
+  const bool extracted = extractPack(packPath, folder);
+  if (extracted) {
+    messages.say(L"\nExtracted the JVM pack successfully!!\n");
+  } else {
+    messages.tell(StringTable::get(IDS_EXTRACTION_FAILED), StringTable::get(IDS_EXTRACTION_ERROR_TITLE),
+                  L"\nCould not extract the downloaded VM pack. Installer exiting...");
+  }
+  DeleteFileW(packPath.c_str());
+  // A pack without "bin" has no VM: better found out here than when the launcher starts an empty path.
+  return extracted ? unpackedVm(folder) : std::wstring();
+}
+
+}  // namespace ryn

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "platform/user_prompt.h"
+#include "provision/build_options.h"
+#include "provision/download.h"
+
+namespace ryn {
+
+/// Downloads, verifies and unpacks the VM pack `pack` for the application of the launcher in
+/// `launcherFolder`, and returns the path of its java.exe. Empty when a step failed; the user has been told.
+/// The VM stays unpacked; the pack itself stays only when its digest is wrong, for which the user sees
+/// `digestFailureText`.
+std::wstring fetchPack(const PackSource& pack, const std::wstring& digestFailureText,
+                       const std::wstring& launcherFolder, const DownloadSettings& settings,
+                       UserPrompt& prompt);
+
+}  // namespace ryn
