@@ -10,9 +10,13 @@
 #include "properties/environment_export.h"
 #include "properties/keys.h"
 #include "properties/temp_properties_file.h"
+#include "provision/application_layout.h"
+#include "provision/pack_decision.h"
+#include "provision/pack_steps.h"
 #include "resources/string_table.h"
 #include "vmsearch/classify.h"
 #include "vmsearch/folder_security.h"
+#include "vmsearch/jvmspecs_search.h"
 
 namespace ryn {
 namespace {
@@ -28,14 +32,42 @@ bool isComplete(const PropertyFile& properties) {
 
 }  // namespace
 
+/// The ways to a VM that the build options choose from.
+class Launcher::Sources final : public VmSources {
+ public:
+  Sources(Launcher& launcher, const BuildOptions& options) : launcher_(launcher), options_(options) {}
+
+  bool search() override {
+    return options_.usesJvmspecs() ? launcher_.searchDescribedVms(options_.jvmspecCount)
+                                   : launcher_.searchInstalledVms();
+  }
+
+  std::wstring shippedVm() override { return findShippedVm(launcher_.folder_); }
+
+  std::wstring fetchPack(const PackSource& pack, const std::wstring& digestFailureText) override {
+    const DownloadSettings settings{.owner = launcher_.instance_,
+                                    .showProgress = launcher_.showProgress_ && !launcher_.silent_,
+                                    .quiet = launcher_.silent_};
+    return ryn::fetchPack(pack, digestFailureText, launcher_.folder_, settings, launcher_.prompt_);
+  }
+
+ private:
+  Launcher& launcher_;
+  const BuildOptions& options_;
+};
+
 Launcher::Launcher(CommandLine commandLine, UserPrompt& prompt)
     : prompt_(prompt),
       commandLine_(std::move(commandLine)),
-      installedVms_(SearchSystem::current(pathVariable(readEnvironment())), probe_) {
+      // Any extension is replaced: a copy that was renamed to .scr or .com still finds its file.
+      propertiesPath_(replaceExtension(replaceAll(modulePath(), L"/", L"\\"), kPropertiesExtension)),
+      folder_(folderPart(propertiesPath_)),
+      installedVms_(SearchSystem::current(pathVariable(readEnvironment())), probe_),
+      validator_(folder_) {
   loadProperties();
 
   startFolder_ = currentFolder();
-  SetCurrentDirectoryW(folderPart(propertiesPath_).c_str());
+  SetCurrentDirectoryW(folder_.c_str());
 
   // Before anything asks for a temporary file.
   if (!commandLine_.tempFolder.empty()) {
@@ -50,12 +82,14 @@ std::wstring Launcher::requiredVm() const {
 }
 
 void Launcher::loadProperties() {
-  // Any extension is replaced: a copy that was renamed to .scr or .com still finds its file.
-  propertiesPath_ = replaceExtension(replaceAll(modulePath(), L"/", L"\\"), kPropertiesExtension);
   if (!pathExists(propertiesPath_)) throw TerminalError(StringTable::get(IDS_PROPERTIES_MISSING));
   properties_.load(propertiesPath_);
   silent_ = installerUi(properties_) == kSilentUi;
   if (!isComplete(properties_)) throw TerminalError(StringTable::get(IDS_PROPERTIES_INVALID));
+
+  const std::wstring jvmspecsPath = findJvmspecs(folder_);
+  hasJvmspecs_ = !jvmspecsPath.empty();
+  if (hasJvmspecs_) jvmspecs_.load(jvmspecsPath);
 }
 
 void Launcher::openConsole() {
@@ -84,17 +118,44 @@ void Launcher::run(bool wait) {
 void Launcher::chooseVm() {
   const std::wstring environmentVm = environmentVariable(kEnvironmentVmVariable);
   if (fileExists(environmentVm)) {
-    use(classifyExecutable(environmentVm, probe_, runsUnderWow64()));
+    useExecutable(environmentVm, VmSource::kEnvironment);
     return;
   }
-  searchInstalledVms();
+  if (!hasJvmspecs_) {
+    searchInstalledVms();
+    return;
+  }
+  const BuildOptions options = readBuildOptions(jvmspecs_);
+  Sources sources(*this, options);
+  const VmDecision decision = decideVm(options, sources);
+  if (decision.executable.empty()) return;
+  useExecutable(decision.executable, options.option == L"withvm" ? VmSource::kShipped : VmSource::kPack);
 }
 
-VmRules Launcher::vmRules() const {
+bool Launcher::searchInstalledVms() {
+  std::wstring first = currentVm(properties_);
+  if (!first.empty() && !isAbsolutePath(first)) first = joinPath(folder_, first);
+  return useResultOf(ryn::chooseVm(first, vmRules(), installedVms_, probe_));
+}
+
+bool Launcher::searchDescribedVms(int count) {
+  return useResultOf(searchByDescriptions(jvmspecs_, count, vmRules(), probe_, readEnvironment()));
+}
+
+bool Launcher::useResultOf(VmChoice choice) {
+  considered_ = std::move(choice.considered);
+  if (choice.chosen) use(*choice.chosen);
+  return choice.chosen.has_value();
+}
+
+VmRules Launcher::vmRules() {
   VmRules rules;
   rules.validVmList = validVmList(properties_);
   rules.preference = launcherPlatform(properties_);
   rules.jvmHigh = jvmHigh(properties_);
+  rules.validator = [this](const VmCandidate& candidate, const std::wstring& token) {
+    return validator_.accepts(candidate, token);
+  };
   if (secureFolderCheck(properties_) == L"true") {
     // A VM that the launch would refuse must not win over one that it would start.
     rules.folderRefusal = [this](const VmCandidate& candidate) {
@@ -104,21 +165,22 @@ VmRules Launcher::vmRules() const {
   return rules;
 }
 
-void Launcher::searchInstalledVms() {
-  std::wstring first = currentVm(properties_);
-  if (!first.empty() && !isAbsolutePath(first)) first = joinPath(folderPart(propertiesPath_), first);
-
-  VmChoice choice = ryn::chooseVm(first, vmRules(), installedVms_, probe_);
-  considered_ = std::move(choice.considered);
-  if (choice.chosen) use(*choice.chosen);
-}
-
 VmHost Launcher::vmHost() const {
   return {Console::instance().isAllocated(), prompt_, &refusesVmFolder};
 }
 
 void Launcher::use(const VmCandidate& candidate) {
   vm_ = makeJavaVm(candidate, vmHost());
+}
+
+void Launcher::useExecutable(const std::wstring& path, VmSource source) {
+  ConsideredVm vm;
+  vm.candidate = classifyExecutable(path, probe_, runsUnderWow64());
+  vm.source = source;
+  vm.where = path;
+  vm.outcome = VmOutcome::kChosen;
+  use(vm.candidate);
+  considered_.push_back(std::move(vm));
 }
 
 void Launcher::startVm() {

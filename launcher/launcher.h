@@ -10,9 +10,11 @@
 #include "platform/unique_handle.h"
 #include "platform/user_prompt.h"
 #include "properties/property_file.h"
+#include "provision/build_options.h"
 #include "vmlaunch/java_vm.h"
 #include "vmsearch/installed_vms.h"
 #include "vmsearch/vm_choice.h"
+#include "vmsearch/vm_validator.h"
 
 namespace ryn {
 
@@ -50,19 +52,28 @@ class Launcher {
   HANDLE vmProcess() const { return vmProcess_.get(); }
 
  private:
+  class Sources;
+
   void loadProperties();
   void openConsole();
   void chooseVm();
-  void searchInstalledVms();
-  VmRules vmRules() const;
+  bool searchInstalledVms();
+  bool searchDescribedVms(int count);
+  bool useResultOf(VmChoice choice);
+  VmRules vmRules();
   VmHost vmHost() const;
   void use(const VmCandidate& candidate);
+  void useExecutable(const std::wstring& path, VmSource source);
   void startVm();
 
   UserPrompt& prompt_;
   CommandLine commandLine_;
   std::wstring propertiesPath_;
+  /// The application's folder.
+  std::wstring folder_;
   PropertyFile properties_;
+  bool hasJvmspecs_ = false;
+  PropertyFile jvmspecs_;
   std::wstring startFolder_;
   bool silent_ = false;
   bool showProgress_ = false;
@@ -70,6 +81,8 @@ class Launcher {
 
   SystemVmProbe probe_;
   InstalledVms installedVms_;
+  VmValidator validator_;
+  /// Every VM that was seen on the way to the choice.
   std::vector<ConsideredVm> considered_;
   JavaVmPtr vm_{nullptr, nullptr};
   UniqueHandle vmProcess_;
