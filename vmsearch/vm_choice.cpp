@@ -17,20 +17,19 @@ bool admits(uint64_t preference, int bitnessClass) {
 // Indexes of the accepted entries, first by the order of the tokens, then by that of the sources.
 std::vector<size_t> filter(std::vector<ConsideredVm>& vms, const VmRules& rules) {
   std::vector<size_t> accepted;
-  std::vector<bool> settled(vms.size());
   for (const std::wstring& token : validVmTokens(rules.validVmList)) {
     for (size_t i = 0; i < vms.size(); ++i) {
-      if (settled[i] || (vms[i].outcome != VmOutcome::kNotReached)) continue;
+      if (vms[i].outcome != VmOutcome::kNotReached) continue;
       if (!matchesToken(vms[i].candidate, token, rules.validator)) continue;
-      settled[i] = true;
-      if (admits(rules.preference, vms[i].candidate.bitnessClass))
-        accepted.push_back(i);
-      else
-        vms[i].outcome = VmOutcome::kOtherBitness;
+      vms[i].outcome = VmOutcome::kOtherBitness;
+      if (!admits(rules.preference, vms[i].candidate.bitnessClass)) continue;
+      // Until the choice is made.
+      vms[i].outcome = VmOutcome::kOutranked;
+      accepted.push_back(i);
     }
   }
-  for (size_t i = 0; i < vms.size(); ++i) {
-    if (!settled[i] && vms[i].outcome == VmOutcome::kNotReached) vms[i].outcome = VmOutcome::kNoMatchingToken;
+  for (ConsideredVm& vm : vms) {
+    if (vm.outcome == VmOutcome::kNotReached) vm.outcome = VmOutcome::kNoMatchingToken;
   }
   if (rules.folderRefusal) {
     std::erase_if(accepted, [&](size_t i) {
@@ -86,8 +85,8 @@ VmChoice chooseAmong(std::vector<ConsideredVm> vms, const VmRules& rules, bool s
                             : *std::max_element(accepted.begin(), accepted.end(), [&](size_t a, size_t b) {
                                 return ranksBelow(vms[a].candidate, vms[b].candidate, singleArchitecture);
                               });
-    for (const size_t i : accepted) {
-      vms[i].outcome = firstWins ? VmOutcome::kNotFirst : VmOutcome::kOutranked;
+    if (firstWins) {
+      for (const size_t i : accepted) vms[i].outcome = VmOutcome::kNotFirst;
     }
     vms[best].outcome = VmOutcome::kChosen;
     choice.chosen = vms[best].candidate;
