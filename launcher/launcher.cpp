@@ -67,7 +67,8 @@ Launcher::Launcher(CommandLine commandLine, UserPrompt& prompt)
   loadProperties();
 
   startFolder_ = currentFolder();
-  SetCurrentDirectoryW(folder_.c_str());
+  // With the separator: "C:" alone is the folder that was last current there, not the root.
+  SetCurrentDirectoryW(joinPath(folder_, L"").c_str());
 
   // Before anything asks for a temporary file.
   if (!commandLine_.tempFolder.empty()) {
