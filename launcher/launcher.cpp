@@ -116,8 +116,10 @@ void Launcher::run(bool wait) {
   GetExitCodeProcess(vmProcess_.get(), &exitCode_);
 }
 
+// Both paths that people write themselves are normalised: classification knows only "\", and would take
+// "C:/jdk/bin/java.exe" for a name in the current folder.
 void Launcher::chooseVm() {
-  const std::wstring environmentVm = environmentVariable(kEnvironmentVmVariable);
+  const std::wstring environmentVm = normalisePath(environmentVariable(kEnvironmentVmVariable));
   if (fileExists(environmentVm)) {
     useExecutable(environmentVm, VmSource::kEnvironment);
     return;
@@ -136,7 +138,7 @@ void Launcher::chooseVm() {
 bool Launcher::searchInstalledVms() {
   std::wstring first = currentVm(properties_);
   if (!first.empty() && !isAbsolutePath(first)) first = joinPath(folder_, first);
-  return useResultOf(ryn::chooseVm(first, vmRules(), installedVms_, probe_));
+  return useResultOf(ryn::chooseVm(normalisePath(first), vmRules(), installedVms_, probe_));
 }
 
 bool Launcher::searchDescribedVms(int count) {
