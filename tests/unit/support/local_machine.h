@@ -1,0 +1,52 @@
+#pragma once
+
+#include <windows.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "platform/unique_handle.h"
+
+namespace ryn::test {
+
+/// An empty HKEY_LOCAL_MACHINE for this program while the object lives: an ordinary key of the user stands
+/// in for it and is removed at the end. It has one view only, whatever view bits a key is opened with.
+class ScopedLocalMachine {
+ public:
+  ScopedLocalMachine() {
+    UniqueHkey key;
+    check(RegCreateKeyW(HKEY_CURRENT_USER, path_.c_str(), key.receive()));
+    check(RegOverridePredefKey(HKEY_LOCAL_MACHINE, key.get()));
+  }
+  ScopedLocalMachine(const ScopedLocalMachine&) = delete;
+  ScopedLocalMachine& operator=(const ScopedLocalMachine&) = delete;
+  ~ScopedLocalMachine() {
+    RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+    RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
+  }
+
+  /// Makes `key` where it is missing and writes text or a number into it.
+  void set(const std::wstring& key, const wchar_t* name, const std::wstring& text) const {
+    check(RegSetValueExW(make(key).get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+                         static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))));
+  }
+  void set(const std::wstring& key, const wchar_t* name, DWORD number) const {
+    check(RegSetValueExW(make(key).get(), name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number),
+                         sizeof(number)));
+  }
+  UniqueHkey make(const std::wstring& key) const {
+    UniqueHkey made;
+    check(RegCreateKeyW(HKEY_LOCAL_MACHINE, key.c_str(), made.receive()));
+    return made;
+  }
+
+ private:
+  static void check(LSTATUS status) {
+    if (status != ERROR_SUCCESS)
+      throw std::runtime_error("test key: Windows error " + std::to_string(status));
+  }
+
+  const std::wstring path_ = L"Software\\RynLocalMachine" + std::to_wstring(GetCurrentProcessId());
+};
+
+}  // namespace ryn::test

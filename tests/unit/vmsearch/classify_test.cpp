@@ -1,0 +1,166 @@
+#include "vmsearch/classify.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <optional>
+#include <set>
+
+#include "platform/paths.h"
+
+namespace ryn {
+namespace {
+
+/// A machine with these files, version resources and current runtime.
+struct FakeProbe final : VmProbe {
+  std::set<std::wstring> files;
+  std::map<std::wstring, VersionResource> resources;
+  std::wstring registered = L"0.0.0.0";
+
+  bool exists(const std::wstring& path) const override { return files.contains(path); }
+  VersionResource versionResource(const std::wstring& path) const override {
+    const auto found = resources.find(path);
+    return found == resources.end() ? VersionResource() : found->second;
+  }
+  std::wstring registeredRuntimeVersion() const override { return registered; }
+};
+
+VersionResource product(FourPartVersion version) {
+  // The file version is another on purpose: it does not count.
+  return {.fileVersion = FourPartVersion{9, 9, 9, 9}, .productVersion = version, .companyName = {}};
+}
+
+TEST(ClassifyTest, TellsKindsByNameAndCompiler) {
+  FakeProbe probe;
+  probe.files = {L"C:\\kit\\bin\\javac.exe"};
+  const std::pair<const wchar_t*, VmKind> rows[] = {
+      {L"C:\\kit\\bin\\java.exe", VmKind::kJdk},   {L"C:\\kit\\bin\\anything.exe", VmKind::kJdk},
+      {L"C:\\jre\\bin\\java.exe", VmKind::kJre},   {L"C:\\kit\\bin\\jre.exe", VmKind::kJre},
+      {L"C:\\kit\\bin\\JREW.EXE", VmKind::kJre},   {L"C:\\kit\\bin\\jview.exe", VmKind::kMsj},
+      {L"C:\\kit\\bin\\WJView.exe", VmKind::kMsj}, {L"C:\\kit\\bin/java.exe", VmKind::kJre},
+  };
+  for (const auto& [path, kind] : rows)
+    EXPECT_EQ(kindOfExecutable(path, probe), kind) << testing::PrintToString(path);
+}
+
+TEST(ClassifyTest, FillsTheCandidate) {
+  const std::wstring path = L"C:\\jre\\bin\\java.exe";
+  FakeProbe probe;
+  const std::pair<const wchar_t*, const wchar_t*> vendors[] = {{L"IBM Corporation", L"IBM"},
+                                                               {L"The ibm people", L"IBM"},
+                                                               {L"Sun Microsystems", L"Sun"},
+                                                               {L"", L"Sun"}};
+  for (const auto& [company, vendor] : vendors) {
+    probe.resources[path] = {.fileVersion = {}, .productVersion = {{17, 0, 9, 0}}, .companyName = company};
+    const VmCandidate candidate = classifyExecutable(path, probe, false);
+    EXPECT_EQ(candidate.vendor, vendor) << testing::PrintToString(company);
+    EXPECT_EQ(candidate.executable, path);
+    EXPECT_EQ(candidate.folder, L"C:\\jre\\bin");
+    EXPECT_EQ(candidate.version, VmVersion(17, 0, 9));
+    EXPECT_EQ(dialectOf(candidate), VmDialect::kModern);
+  }
+
+  probe.resources[L"C:\\w\\JView.exe"] = product({5, 0, 3810, 0});
+  const VmCandidate microsoft = classifyExecutable(L"C:\\w\\JView.exe", probe, false);
+  EXPECT_EQ(microsoft.vendor, L"Microsoft");
+  EXPECT_EQ(microsoft.version, VmVersion(1, 4, 0));
+  EXPECT_EQ(dialectOf(microsoft), VmDialect::kMicrosoft);
+}
+
+TEST(ClassifyTest, OnlyGenerationOneIsClassic) {
+  for (const int16_t generation : std::initializer_list<int16_t>{-1, 0, 1, 2, 25}) {
+    VmCandidate candidate;
+    candidate.version = VmVersion(generation, 9, 9);
+    EXPECT_EQ(dialectOf(candidate), generation <= 1 ? VmDialect::kClassic : VmDialect::kModern) << generation;
+  }
+}
+
+TEST(ClassifyTest, BitnessCountsOnlyUnderWow64) {
+  // Whatever it is called: this program is a 64-bit image.
+  EXPECT_EQ(classifyExecutable(modulePath(), FakeProbe(), true).bitnessClass, 1);
+  EXPECT_EQ(classifyExecutable(modulePath(), FakeProbe(), false).bitnessClass, 0);
+  EXPECT_EQ(classifyExecutable(L"C:\\missing\\java.exe", FakeProbe(), true).bitnessClass, 0);
+}
+
+TEST(ClassifyTest, TakesTheProductVersionFirst) {
+  const std::pair<FourPartVersion, VmVersion> rows[] = {
+      {{1, 4, 2, 19}, VmVersion(4, 2, 19)},
+      {{1, 3, 1, 2}, VmVersion(3, 1, 2)},
+      {{6, 0, 200, 2}, VmVersion(6, 0, 200)},
+      {{7, 0, 10, 5}, VmVersion(7, 0, 10)},
+      {{25, 0, 2, 0}, VmVersion(25, 0, 2)},
+      {{0, 5, 6, 7}, VmVersion(0, 5, 6)},
+      {{8, 40000, 0, 0}, VmVersion(8, static_cast<int16_t>(40000), 0)},
+  };
+  FakeProbe probe;
+  // Signs that would say something else.
+  probe.registered = L"1.6.0.0_0";
+  probe.files = {L"C:\\system32\\pack200.exe"};
+  for (const auto& [words, version] : rows) {
+    EXPECT_EQ(versionOfExecutable(L"C:\\system32\\java.exe", VmKind::kJre, product(words), probe), version)
+        << testing::PrintToString(words);
+  }
+}
+
+TEST(ClassifyTest, AsksTheRegistryForTheSystemFolder) {
+  FakeProbe probe;
+  probe.files = {L"C:\\Windows\\System32\\pack200.exe", L"C:\\x\\pack200.exe"};
+  for (const wchar_t* registered : {L"1.6.3_0", L"0.0.0.0"}) {
+    probe.registered = registered;
+    for (const wchar_t* folder : {L"C:\\Windows\\System32", L"C:\\windows\\SysWOW64", L"D:\\SYSTEM32"}) {
+      EXPECT_EQ(versionOfExecutable(std::wstring(folder) + L"\\java.exe", VmKind::kJre, {}, probe),
+                parseVmVersion(registered))
+          << testing::PrintToString(folder);
+    }
+    EXPECT_EQ(versionOfExecutable(L"C:\\x\\java.exe", VmKind::kJre, {}, probe), VmVersion(5, 0, 0));
+  }
+}
+
+TEST(ClassifyTest, InfersTheVersionFromTheFolder) {
+  const struct {
+    const wchar_t* executable;
+    VmKind kind;
+    std::set<std::wstring> names;
+    VmVersion version;
+    /// Of NPJava32.dll in bin, or in ..\jre\bin for a kit.
+    std::optional<FourPartVersion> plugin = {};
+  } rows[] = {
+      {L"java.exe", VmKind::kJre, {L"pack200.exe", L"client", L"hotspot", L"classic"}, VmVersion(5, 0, 0)},
+      {L"java.exe", VmKind::kJre, {L"client", L"hotspot", L"classic", L"jre.exe"}, VmVersion(4, 0, 0)},
+      {L"java.exe", VmKind::kJre, {L"server"}, VmVersion(4, 0, 0)},
+      {L"java.exe", VmKind::kJdk, {L"..\\jre\\bin\\client"}, VmVersion(4, 0, 0)},
+      {L"java.exe", VmKind::kJre, {L"..\\jre\\bin\\server"}, VmVersion(4, 0, 0)},
+      {L"java.exe", VmKind::kJre, {L"hotspot", L"classic"}, VmVersion(3, 0, 0)},
+      {L"java.exe", VmKind::kJdk, {L"..\\jre\\bin\\hotspot"}, VmVersion(3, 0, 0)},
+      {L"java.exe", VmKind::kJre, {L"classic", L"jre.exe"}, VmVersion(2, 0, 0)},
+      {L"java.exe", VmKind::kJre, {L"jre.exe"}, VmVersion(1, 0, 0)},
+      {L"java.exe", VmKind::kJdk, {L"jrew.exe"}, VmVersion(1, 0, 0)},
+      {L"JRE.exe", VmKind::kJre, {}, VmVersion(1, 0, 0)},
+      {L"java.exe", VmKind::kJre, {}, VmVersion()},
+      // The plug-in knows better, from the fourth generation on in tenths; never about the first.
+      {L"java.exe", VmKind::kJre, {L"pack200.exe"}, VmVersion(6, 0, 20), {{1, 6, 0, 207}}},
+      {L"java.exe", VmKind::kJdk, {L"client"}, VmVersion(4, 2, 1), {{1, 4, 2, 10}}},
+      {L"java.exe", VmKind::kJre, {L"hotspot"}, VmVersion(3, 1, 20), {{1, 3, 1, 20}}},
+      {L"java.exe", VmKind::kJre, {L"jre.exe"}, VmVersion(1, 0, 0), {{1, 3, 1, 20}}},
+      {L"java.exe", VmKind::kJre, {}, VmVersion(), {{1, 3, 1, 20}}},
+  };
+  for (const auto& row : rows) {
+    FakeProbe probe;
+    const std::wstring folder = L"C:\\j\\bin\\";
+    for (const std::wstring& name : row.names) probe.files.insert(folder + name);
+    if (row.plugin) {
+      const wchar_t* place = row.kind == VmKind::kJdk ? L"..\\jre\\bin\\NPJava32.dll" : L"NPJava32.dll";
+      probe.files.insert(folder + place);
+      probe.resources[folder + place] = product(*row.plugin);
+    }
+    EXPECT_EQ(versionOfExecutable(folder + row.executable, row.kind, {}, probe), row.version)
+        << testing::PrintToString(row.names);
+    if (row.plugin) continue;
+    // A plug-in without a version changes nothing.
+    probe.files.insert({folder + L"NPJava32.dll", folder + L"..\\jre\\bin\\NPJava32.dll"});
+    EXPECT_EQ(versionOfExecutable(folder + row.executable, row.kind, {}, probe), row.version);
+  }
+}
+
+}  // namespace
+}  // namespace ryn
