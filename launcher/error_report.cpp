@@ -12,11 +12,11 @@ namespace {
 
 void writeNoValidVm(const std::wstring& text, const std::wstring& title) {
   // Only a console takes this; a redirected stream gets the exit code alone.
-  const std::wstring line = title + L": " + text + L"\r\n";
+  const std::wstring line = concat({title, L": ", text, L"\r\n"});
   DWORD written = 0;
   WriteConsoleW(GetStdHandle(STD_ERROR_HANDLE), line.c_str(), static_cast<DWORD>(line.size()), &written,
                 nullptr);
-  writeOutput(L"\nexit code : " + decimal(kExitNoValidVm) + L"\n");
+  writeOutput(concat({L"\nexit code : ", decimal(kExitNoValidVm), L"\n"}));
 }
 
 }  // namespace
@@ -32,7 +32,7 @@ int reportError(const std::exception& error, const std::wstring& requiredVm, Use
     prompt.showError(terminal->message(), title);
     return kExitReportedError;
   }
-  const std::wstring text = terminal->message() + L"\n\nRequired Java VM : " + requiredVm;
+  const std::wstring text = concat({terminal->message(), L"\n\nRequired Java VM : ", requiredVm});
   writeNoValidVm(text, title);
   prompt.showError(text, title);
   return kExitNoValidVm;

@@ -100,9 +100,8 @@ void Launcher::openConsole() {
   Console::instance().open(applicationName(properties_));
   // The Java side reads the other two reasons itself; this one it could not know.
   if (reason == ConsoleReason::kControlKey) {
-    TempPropertiesFile::instance().append(std::wstring(keys::kControlKey) + L"=true\n" +
-                                          std::wstring(keys::kStderrRedirect) + L"=console\n" +
-                                          std::wstring(keys::kStdoutRedirect) + L"=console\n");
+    TempPropertiesFile::instance().append(concat({keys::kControlKey, L"=true\n", keys::kStderrRedirect,
+                                                  L"=console\n", keys::kStdoutRedirect, L"=console\n"}));
   }
 }
 

@@ -83,8 +83,8 @@ void ServiceRYN::startService() {
   SERVICE_TABLE_ENTRYW table[] = {{name_, &serviceMainEntry}, {nullptr, nullptr}};
   if (startDispatcher(table)) return;
   const DWORD error = GetLastError();
-  throw TerminalError(L"The service \"" + std::wstring(name_) +
-                      L"\" must be started by Windows (Windows error " + decimal(error) + L").");
+  throw TerminalError(concat(
+      {L"The service \"", name_, L"\" must be started by Windows (Windows error ", decimal(error), L")."}));
 }
 
 void WINAPI ServiceRYN::serviceMainEntry(DWORD /*count*/, wchar_t** /*arguments*/) {

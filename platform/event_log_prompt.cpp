@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "platform/output.h"
+#include "platform/text.h"
 #include "platform/unique_handle.h"
 
 namespace ryn {
@@ -17,7 +18,7 @@ struct EventSourcePolicy {
 }  // namespace
 
 void EventLogPrompt::showError(const std::wstring& text, const std::wstring& title) {
-  const std::wstring entry = title + L": " + text;
+  const std::wstring entry = concat({title, L": ", text});
   writeError(entry + L"\n");
   const UniqueResource<EventSourcePolicy> log(RegisterEventSourceW(nullptr, source_.c_str()));
   const wchar_t* strings[] = {entry.c_str()};

@@ -5,6 +5,7 @@
 
 #include "platform/errors.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "platform/unique_handle.h"
 
 namespace ryn {
@@ -42,6 +43,15 @@ CStream openForReading(const std::wstring& path) {
   UniqueFile file(
       CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
   return wrapAsTextStream(std::move(file), path, _O_RDONLY | _O_TEXT, "r");
+}
+
+std::wstring readLatin1(std::FILE* stream) {
+  std::wstring text;
+  char buffer[4096];
+  while (const size_t count = std::fread(buffer, 1, sizeof(buffer), stream)) {
+    text += widenBytes(std::string_view(buffer, count));
+  }
+  return text;
 }
 
 CStream openForAppending(const std::wstring& path) {

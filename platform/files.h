@@ -23,6 +23,9 @@ using CStream = std::unique_ptr<std::FILE, CStreamCloser>;
 /// out a null handle.
 CStream openForReading(const std::wstring& path);
 
+/// All that is left in `stream`, each byte as one character.
+std::wstring readLatin1(std::FILE* stream);
+
 /// Opens a file for appending as a text stream positioned at its end, creating it when missing.
 /// Fails as openForReading does.
 CStream openForAppending(const std::wstring& path);

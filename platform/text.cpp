@@ -72,6 +72,12 @@ std::wstring replaceAll(std::wstring_view text, std::wstring_view from, std::wst
   return result;
 }
 
+std::wstring concat(std::initializer_list<std::wstring_view> texts) {
+  std::wstring result;
+  for (const std::wstring_view text : texts) result += text;
+  return result;
+}
+
 std::wstring decimal(long long number) {
   const bool negative = number < 0;
   unsigned long long rest =

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,9 @@ std::wstring replaceFirst(std::wstring_view text, std::wstring_view placeholder,
 
 /// `text` with every `from` replaced by `to`.
 std::wstring replaceAll(std::wstring_view text, std::wstring_view from, std::wstring_view to);
+
+/// The texts in a row. Shorter code than a chain of "+", whose every step can throw and must be undone.
+std::wstring concat(std::initializer_list<std::wstring_view> texts);
 
 /// `number` in decimal.
 std::wstring decimal(long long number);

@@ -14,10 +14,9 @@ std::wstring environmentLines(const EnvironmentMap& environment) {
     // The Java side asks by the escaped name, and so has the look-up always done.
     const auto found = environment.find(name);
     const std::wstring value = found == environment.end() ? std::wstring() : escapeProperty(found->second);
-    const std::wstring end = L"=" + value + L"\n";
-    lines.append(keys::kEnvironmentPrefix).append(lowerCase(name)).append(end);
-    lines.append(keys::kEnvironmentPrefix).append(upperCase(name)).append(end);
-    lines.append(keys::kExactEnvironmentPrefix).append(name).append(end);
+    lines += concat({keys::kEnvironmentPrefix, lowerCase(name), L"=", value, L"\n",  //
+                     keys::kEnvironmentPrefix, upperCase(name), L"=", value, L"\n",  //
+                     keys::kExactEnvironmentPrefix, name, L"=", value, L"\n"});
   }
   return lines;
 }

@@ -6,14 +6,6 @@
 #include "platform/text.h"
 
 namespace ryn {
-namespace {
-
-std::wstring textOf(const PropertyFile& properties, std::wstring_view key,
-                    std::wstring_view defaultValue = {}) {
-  return properties.get(std::wstring(key), std::wstring(defaultValue));
-}
-
-}  // namespace
 
 bool parseBoolean(std::wstring_view text) {
   const std::wstring lower = lowerCase(text);
@@ -30,97 +22,97 @@ uint64_t parseSize(std::wstring_view text) {
 }
 
 std::wstring currentVm(const PropertyFile& properties) {
-  return textOf(properties, keys::kCurrentVm);
+  return properties.get(keys::kCurrentVm);
 }
 
 std::wstring validVmList(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.nl.valid.vm.list");
+  return properties.get(L"ryn.nl.valid.vm.list");
 }
 
 std::wstring jvmHigh(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.nl.jvm.high");
+  return properties.get(L"ryn.nl.jvm.high");
 }
 
 std::wstring secureFolderCheck(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.nl.designer.jvm.securefolder.check");
+  return properties.get(L"ryn.nl.designer.jvm.securefolder.check");
 }
 
 std::wstring mainClass(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.nl.java.launcher.main.class");
+  return properties.get(L"ryn.nl.java.launcher.main.class");
 }
 
 std::wstring classPath(const PropertyFile& properties) {
-  std::wstring value = textOf(properties, L"ryn.class.path");
+  std::wstring value = properties.get(L"ryn.class.path");
   if (value.find(keys::kClasspathPlaceholder) == std::wstring::npos) return value;
   return replaceFirst(value, keys::kClasspathPlaceholder, environmentVariable(L"CLASSPATH"));
 }
 
 std::wstring userDir(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.user.dir");
+  return properties.get(L"ryn.user.dir");
 }
 
 std::wstring applicationName(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.application.name", L"Kestrune");
+  return properties.get(L"ryn.application.name", L"Kestrune");
 }
 
 std::wstring stdoutRedirect(const PropertyFile& properties) {
-  return textOf(properties, keys::kStdoutRedirect);
+  return properties.get(keys::kStdoutRedirect);
 }
 
 std::wstring stderrRedirect(const PropertyFile& properties) {
-  return textOf(properties, keys::kStderrRedirect);
+  return properties.get(keys::kStderrRedirect);
 }
 
 std::wstring optionVerifyMode(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.nl.java.option.verify.mode");
+  return properties.get(L"ryn.nl.java.option.verify.mode");
 }
 
 std::wstring optionVerbose(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.nl.java.option.verbose");
+  return properties.get(L"ryn.nl.java.option.verbose");
 }
 
 std::wstring optionGcExtent(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.nl.java.option.garbage.collection.extent");
+  return properties.get(L"ryn.nl.java.option.garbage.collection.extent");
 }
 
 std::wstring optionGcBackgroundThread(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.nl.java.option.garbage.collection.background.thread");
+  return properties.get(L"ryn.nl.java.option.garbage.collection.background.thread");
 }
 
 std::wstring optionDebugging(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.nl.java.option.debugging");
+  return properties.get(L"ryn.nl.java.option.debugging");
 }
 
 std::wstring optionCompiler(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.nl.java.option.compiler");
+  return properties.get(L"ryn.nl.java.option.compiler");
 }
 
 std::wstring optionAdditional(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.nl.java.option.additional");
+  return properties.get(L"ryn.nl.java.option.additional");
 }
 
 uint64_t optionHeapInitial(const PropertyFile& properties) {
-  return parseSize(textOf(properties, L"ryn.nl.java.option.java.heap.size.initial", L"0"));
+  return parseSize(properties.get(L"ryn.nl.java.option.java.heap.size.initial", L"0"));
 }
 
 uint64_t optionHeapMax(const PropertyFile& properties) {
-  return parseSize(textOf(properties, L"ryn.nl.java.option.java.heap.size.max", L"0"));
+  return parseSize(properties.get(L"ryn.nl.java.option.java.heap.size.max", L"0"));
 }
 
 bool consolePause(const PropertyFile& properties) {
-  return parseBoolean(textOf(properties, L"ryn.win32.console.pause"));
+  return parseBoolean(properties.get(L"ryn.win32.console.pause"));
 }
 
 int32_t microsoftVmMinVersion(const PropertyFile& properties) {
-  return parseInteger(textOf(properties, L"ryn.nl.win32.microsoftvm.min.version", L"0"));
+  return parseInteger(properties.get(L"ryn.nl.win32.microsoftvm.min.version", L"0"));
 }
 
 uint64_t launcherPlatform(const PropertyFile& properties) {
-  return parseSize(textOf(properties, L"ryn.nl.win32.java.launcher.platform", L"1"));
+  return parseSize(properties.get(L"ryn.nl.win32.java.launcher.platform", L"1"));
 }
 
 std::wstring installerUi(const PropertyFile& properties) {
-  return textOf(properties, L"ryn.installer.windows.ui.default");
+  return properties.get(L"ryn.installer.windows.ui.default");
 }
 
 }  // namespace ryn

@@ -1,6 +1,5 @@
 #include "properties/property_file.h"
 
-#include <cstdio>
 
 #include "platform/errors.h"
 #include "platform/files.h"
@@ -49,11 +48,7 @@ void PropertyFile::load(const std::wstring& path) {
   const CStream stream = openForReading(path);
   if (!stream) throw FileException(L"could not open file for read", path);
 
-  std::string bytes;
-  char buffer[4096];
-  while (const size_t count = std::fread(buffer, 1, sizeof(buffer), stream.get()))
-    bytes.append(buffer, count);
-  parse(widenBytes(bytes));
+  parse(readLatin1(stream.get()));
 }
 
 void PropertyFile::parse(std::wstring_view text) {
@@ -77,9 +72,9 @@ void PropertyFile::parseLine(std::wstring_view line) {
   entries_[unescape(trim(line.substr(0, separator)))] = unescape(value);
 }
 
-std::wstring PropertyFile::get(const std::wstring& key, const std::wstring& defaultValue) const {
+std::wstring PropertyFile::get(std::wstring_view key, std::wstring_view defaultValue) const {
   const auto found = entries_.find(key);
-  return found == entries_.end() ? defaultValue : found->second;
+  return std::wstring(found == entries_.end() ? defaultValue : found->second);
 }
 
 std::wstring escapeProperty(std::wstring_view text) {

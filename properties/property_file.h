@@ -24,14 +24,12 @@ class PropertyFile {
   void parse(std::wstring_view text);
 
   /// The value of `key`, or `defaultValue` when there is none.
-  std::wstring get(const std::wstring& key, const std::wstring& defaultValue) const;
-
-  const std::map<std::wstring, std::wstring>& entries() const { return entries_; }
+  std::wstring get(std::wstring_view key, std::wstring_view defaultValue = {}) const;
 
  private:
   void parseLine(std::wstring_view line);
 
-  std::map<std::wstring, std::wstring> entries_;
+  std::map<std::wstring, std::wstring, std::less<>> entries_;
 };
 
 /// `text` as it must stand in a property file that Java reads: each backslash twice, each character

@@ -22,7 +22,7 @@ void TempPropertiesFile::append(std::wstring_view lines) const {
 }
 
 void TempPropertiesFile::appendCurrentVm(std::wstring_view executablePath) const {
-  append(std::wstring(keys::kCurrentVm) + L"=" + escapeProperty(executablePath) + L"\n");
+  append(concat({keys::kCurrentVm, L"=", escapeProperty(executablePath), L"\n"}));
 }
 
 }  // namespace ryn

@@ -20,7 +20,7 @@ std::wstring findWindowsFolder(const std::wstring& base, const wchar_t* name) {
 
 std::wstring findJvmspecs(const std::wstring& launcherFolder) {
   for (const wchar_t* folder : {L"", kWindowsFolders[0], kWindowsFolders[1]}) {
-    std::wstring path = launcherFolder + folder + L"\\jvmspecs\\jvmspecs.properties";
+    std::wstring path = concat({launcherFolder, folder, L"\\jvmspecs\\jvmspecs.properties"});
     if (fileExists(path)) return path;
   }
   return {};
@@ -29,7 +29,7 @@ std::wstring findJvmspecs(const std::wstring& launcherFolder) {
 std::wstring findShippedVm(const std::wstring& launcherFolder) {
   for (const wchar_t* folder : kWindowsFolders) {
     for (const wchar_t* home : {L"\\resource\\jre", L"\\resource\\jre\\jre"}) {
-      std::wstring path = launcherFolder + folder + home + L"\\bin\\java.exe";
+      std::wstring path = concat({launcherFolder, folder, home, L"\\bin\\java.exe"});
       if (fileExists(path)) return path;
     }
   }
@@ -50,7 +50,7 @@ std::wstring extractionFolder(const std::wstring& launcherFolder) {
 
 std::wstring unpackedVm(const std::wstring& extractionFolder) {
   for (const wchar_t* bin : {L"\\bin", L"\\jre\\bin"}) {
-    if (pathExists(extractionFolder + bin)) return extractionFolder + bin + L"\\java.exe";
+    if (pathExists(extractionFolder + bin)) return concat({extractionFolder, bin, L"\\java.exe"});
   }
   return {};
 }

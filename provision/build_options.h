@@ -29,17 +29,11 @@ struct BuildOptions {
   PackSource notFoundPack;
   /// The pack of option 12, fetched without a search.
   PackSource directPack;
-  /// Written by the builder for its own use; they decide nothing.
-  std::wstring withVm;
-  std::wstring withoutVm;
 
   /// Whether searches follow the jvmspec entries; else they are the ordinary ones.
   bool usesJvmspecs() const { return jvmspecApplicable && jvmspecCount >= 1; }
 };
 
 BuildOptions readBuildOptions(const PropertyFile& jvmspecs);
-
-/// The jvmspec entry `number`: the name of a description file. Empty when there is none.
-std::wstring jvmspecEntry(const PropertyFile& jvmspecs, int number);
 
 }  // namespace ryn

@@ -42,7 +42,7 @@ struct HashSession {
 
 void report(std::wstring_view text) {
   const auto error = static_cast<int>(GetLastError());
-  writeOutput(std::wstring(text) + decimal(error) + L"\n");
+  writeOutput(concat({text, decimal(error), L"\n"}));
 }
 
 std::wstring hexadecimal(const BYTE* bytes, size_t count) {
@@ -64,7 +64,7 @@ std::wstring md5OfFile(const std::wstring& path) {
   session.file.reset(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                  FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
   // Only the first character of the path has ever been shown.
-  if (!session.file) report(L"Error opening file " + path.substr(0, 1) + L"\nError: ");
+  if (!session.file) report(concat({L"Error opening file ", path.substr(0, 1), L"\nError: "}));
 
   if (!CryptAcquireContextW(session.provider.receive(), nullptr, nullptr, PROV_RSA_FULL,
                             CRYPT_VERIFYCONTEXT)) {

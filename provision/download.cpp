@@ -103,7 +103,7 @@ class Download {
   }
 
   void sayNumber(std::wstring_view label, DWORD number) const {
-    say(std::wstring(label) + decimal(static_cast<int>(number)) + L"\n");
+    say(concat({label, decimal(static_cast<int>(number)), L"\n"}));
   }
 
   void showConnectionError() const {

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Draws resources/launcher.ico: a teal tile with a white "start" triangle, 16 to 256 pixels.
 
-Small sizes are stored as bitmaps, which every reader knows; 256 as PNG, to keep the program small.
+All sizes are stored as PNG, which Windows reads since Vista, to keep the program small.
 Run again only when the drawing changes; the result is kept under version control.
 """
 import pathlib
@@ -40,13 +40,6 @@ def pixels(size):
     return rows
 
 
-def bitmap(size):
-    header = struct.pack("<IiiHHIIiiII", 40, size, size * 2, 1, 32, 0, 0, 0, 0, 0, 0)
-    body = b"".join(bytes((b, g, r, a)) for row in reversed(pixels(size)) for r, g, b, a in row)
-    mask_row = b"\0" * ((size + 31) // 32 * 4)
-    return header + body + mask_row * size
-
-
 def png(size):
     def chunk(kind, data):
         return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
@@ -57,7 +50,7 @@ def png(size):
 
 
 def main():
-    images = [(16, bitmap(16)), (32, bitmap(32)), (256, png(256))]
+    images = [(size, png(size)) for size in (16, 32, 48, 256)]
     offset = 6 + 16 * len(images)
     directory, data = struct.pack("<HHH", 0, 1, len(images)), b""
     for size, image in images:

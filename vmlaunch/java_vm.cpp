@@ -66,9 +66,10 @@ UniqueHandle ModernJavaVM::launch(LaunchRequest request, bool wait) {
   const std::wstring executable = executablePath();
   if (request.secureFolderCheck == L"true" && host().refusesFolder(folderPart(executable))) {
     writeOutput(
-        L"\nSecurity Error! The JVM " + executable +
-        L" used for this installer seems to have been installed in a unsecured location (non-admin user "
-        L"folder). Installer would now exit. Please reach out to your vendor for more details.\n");
+        concat({L"\nSecurity Error! The JVM ", executable,
+                L" used for this installer seems to have been installed in a unsecured location "
+                L"(non-admin user folder). Installer would now exit. Please reach out to your vendor for "
+                L"more details.\n"}));
     host().prompt.showMessage(StringTable::get(IDS_UNSECURED_LOCATION),
                               StringTable::get(IDS_SECURITY_ERROR_TITLE));
     return UniqueHandle();

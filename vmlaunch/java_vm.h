@@ -37,7 +37,7 @@ class JavaVM {
 
   JavaVersion version() const { return version_; }
   const std::wstring& home() const { return home_; }
-  const std::wstring& vendor() const { return vendor_; }
+  std::wstring_view vendor() const { return vendor_; }
 
  protected:
   ~JavaVM() = default;
@@ -47,7 +47,7 @@ class JavaVM {
  private:
   JavaVersion version_;
   std::wstring home_;
-  std::wstring vendor_;
+  std::wstring_view vendor_;
   VmHost host_;
 };
 

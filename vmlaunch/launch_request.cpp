@@ -24,7 +24,7 @@ void setVerbosity(const std::wstring& text, LaunchRequest& request) {
     return;
   }
   if (choice != L"none") {
-    writeError(L"invalid verbosity selection '" + choice + L"', disabling verbosity.\n");
+    writeError(concat({L"invalid verbosity selection '", choice, L"', disabling verbosity.\n"}));
   }
   request.verbose = false;
 }

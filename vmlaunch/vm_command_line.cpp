@@ -11,7 +11,7 @@ constexpr int kFirstModular = 9;
 constexpr int kFirstRestrictedNative = 25;
 
 std::wstring quoted(const std::wstring& text) {
-  return L"\"" + text + L"\"";
+  return concat({L"\"", text, L"\""});
 }
 
 /// A command line in the making: every option is one blank and its text.
@@ -19,7 +19,7 @@ class CommandLineText {
  public:
   explicit CommandLineText(const std::wstring& executable) : text_(quoted(executable)) {}
 
-  void option(const std::wstring& text) { text_ += L" " + text; }
+  void option(const std::wstring& text) { text_.append(L" ").append(text); }
   void optionIf(bool condition, const wchar_t* text) {
     if (condition) option(text);
   }

@@ -33,8 +33,7 @@ UniqueHandle startVmProcess(const LaunchRequest& request, std::wstring commandLi
   std::wstring folder = normalisePath(request.workingDirectory);
   if (folder.size() >= kPathBufferSize) folder.resize(kPathBufferSize - 1);
 
-  writeError(L"cwd: " + folder + L"\n");
-  writeError(L"cmd: " + commandLine + L"\n");
+  writeError(concat({L"cwd: ", folder, L"\ncmd: ", commandLine, L"\n"}));
 
   PROCESS_INFORMATION started = {};
   const BOOL created = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,

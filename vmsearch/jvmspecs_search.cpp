@@ -167,7 +167,7 @@ class Search {
   ConsideredVm candidate(const std::wstring& path, const Place& place, const std::wstring& description) {
     ConsideredVm vm;
     vm.source = VmSource::kDescription;
-    vm.where = description + L": " + place.origin;
+    vm.where = concat({description, L": ", place.origin});
     vm.candidate.executable = resolveReparsePoint(normalisePath(path));
     vm.candidate.folder = folderPart(vm.candidate.executable);
     // The rules are the same for all descriptions: what they refused once stays refused.

@@ -28,8 +28,8 @@ struct VmCandidate {
   /// The installation folder of a registered VM, the folder of the executable of any other.
   std::wstring folder;
   VmVersion version;
-  /// "Microsoft", "IBM" or "Sun".
-  std::wstring vendor;
+  /// "Microsoft", "IBM" or "Sun": a literal.
+  std::wstring_view vendor;
   VmKind kind = VmKind::kJre;
   /// 0 or 1; what the launcher's platform number admits or not.
   int bitnessClass = 0;

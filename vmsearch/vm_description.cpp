@@ -1,7 +1,6 @@
 #include "vmsearch/vm_description.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "platform/files.h"
 #include "platform/text.h"
@@ -17,11 +16,7 @@ constexpr wchar_t kFolder[] = L"jvmspecs\\";
 VmDescription VmDescription::load(const std::wstring& path) {
   const CStream stream = openForReading(path);
   if (!stream) return {};
-  std::string bytes;
-  char buffer[4096];
-  while (const size_t count = std::fread(buffer, 1, sizeof(buffer), stream.get()))
-    bytes.append(buffer, count);
-  return parse(widenBytes(bytes));
+  return parse(readLatin1(stream.get()));
 }
 
 VmDescription VmDescription::parse(std::wstring_view text) {

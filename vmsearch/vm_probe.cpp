@@ -2,6 +2,7 @@
 
 #include "platform/files.h"
 #include "platform/registry_key.h"
+#include "platform/text.h"
 #include "vmsearch/registry_locations.h"
 
 namespace ryn {
@@ -18,7 +19,7 @@ std::wstring SystemVmProbe::registeredRuntimeVersion() const {
   try {
     const RegistryKey runtimes(kJavaRuntimeEnvironmentKey, KEY_READ);
     const std::wstring current = runtimes.queryString(L"CurrentVersion");
-    return current + L"." + RegistryKey(runtimes, current).queryString(kMicroVersionValue) + L"_0";
+    return concat({current, L".", RegistryKey(runtimes, current).queryString(kMicroVersionValue), L"_0"});
   } catch (const KeyException&) {
     return L"0.0.0.0";
   }

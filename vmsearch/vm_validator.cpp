@@ -44,8 +44,8 @@ std::wstring commandLine(const std::wstring& executable, const std::wstring& jar
   // closing quote would take it away.
   const size_t last = token.find_last_not_of(L'\\');
   const size_t backslashes = token.size() - (last == std::wstring::npos ? 0 : last + 1);
-  return L"\"" + executable + L"\" -classpath \"" + jar + L"\" " + kMainClass + L" \"" + token +
-         std::wstring(backslashes, L'\\') + L"\"";
+  return concat({L"\"", executable, L"\" -classpath \"", jar, L"\" ", kMainClass, L" \"", token,
+                 std::wstring(backslashes, L'\\'), L"\""});
 }
 
 // The list of attributes by which a process inherits `handle` and nothing else.
@@ -155,7 +155,7 @@ bool VmValidator::accepts(const VmCandidate& candidate, const std::wstring& toke
   answer->second = exitCode == DWORD{0};
 
   const std::wstring text = exitCode ? fromUtf8(output) : L"no answer";
-  writeError(L"validator: " + token + L", " + executable + L": ");
+  writeError(concat({L"validator: ", token, L", ", executable, L": "}));
   writeError(trim(text));
   writeError(L"\n");
   return answer->second;

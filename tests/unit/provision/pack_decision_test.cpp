@@ -130,7 +130,6 @@ TEST(BuildOptionsTest, JvmspecsNeedTheWordAndACount) {
     EXPECT_EQ(readBuildOptions(properties(row.options)).usesJvmspecs(), row.used)
         << testing::PrintToString(row.options);
   }
-  EXPECT_EQ(jvmspecEntry(properties(L"build.jvmspec.0=a\nbuild.jvmspec.10=b\n"), 10), L"b");
 }
 
 }  // namespace
