@@ -65,13 +65,14 @@ std::vector<std::wstring> expandWildcards(const std::wstring& pattern, size_t li
   std::vector<std::wstring> paths(1);
   const std::vector<std::wstring> parts = split(pattern, L'\\');
   for (size_t i = 0; i < parts.size(); ++i) {
-    const std::wstring separator = i == 0 ? L"" : L"\\";
+    const bool wild = parts[i].find(L'*') != std::wstring::npos;
     std::vector<std::wstring> longer;
-    for (const std::wstring& path : paths) {
-      const bool wild = parts[i].find(L'*') != std::wstring::npos;
-      for (const std::wstring& name :
-           wild ? subfolders(path, parts[i], Links::kFollow) : std::vector{parts[i]}) {
-        if (longer.size() < limit) longer.push_back(path + separator + name);
+    for (std::wstring& path : paths) {
+      const std::vector<std::wstring> names =
+          wild ? subfolders(path, parts[i], Links::kFollow) : std::vector{parts[i]};
+      if (i != 0) path.push_back(L'\\');
+      for (const std::wstring& name : names) {
+        if (longer.size() < limit) longer.push_back(path + name);
       }
       if (longer.size() >= limit) break;
     }

@@ -86,7 +86,7 @@ class Search {
   std::vector<Place> hintedPlaces(const VmDescription& description) const {
     std::vector<Place> places;
     for (const std::wstring& hint : description.pathHints) {
-      if (const HKEY root = rootKeyFromPath(hint); root != nullptr) {
+      if (HKEY root = rootKeyFromPath(hint); root != nullptr) {
         addRegisteredPlaces(root, hint, places);
       } else {
         addFolders(hint, hint, places);

@@ -147,7 +147,7 @@ bool VmValidator::accepts(const VmCandidate& candidate, const std::wstring& toke
   const std::wstring executable = consoleExecutable(candidate);
   if (executable.empty() || token.find(L'"') != std::wstring::npos || !fileExists(jar_)) return false;
 
-  const auto [answer, isNew] = answers_.try_emplace({upperCase(executable), token}, false);
+  const auto [answer, isNew] = answers_.try_emplace(upperCase(executable) + L"\"" + token, false);
   if (!isNew) return answer->second;
   std::string output;
   const std::optional<DWORD> exitCode =

@@ -4,7 +4,6 @@
 
 #include <map>
 #include <string>
-#include <utility>
 
 #include "vmsearch/vm_candidate.h"
 
@@ -29,7 +28,8 @@ class VmValidator {
  private:
   std::wstring jar_;
   DWORD limitMs_;
-  std::map<std::pair<std::wstring, std::wstring>, bool> answers_;
+  // By executable and token.
+  std::map<std::wstring, bool> answers_;
 };
 
 }  // namespace ryn

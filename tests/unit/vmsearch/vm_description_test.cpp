@@ -8,7 +8,6 @@ namespace ryn {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 struct TextRow {
   const wchar_t* lines;
@@ -85,14 +84,6 @@ TEST(VmDescriptionTest, LoadsFiles) {
   EXPECT_TRUE(VmDescription::load(folder.at(L"missing.txt")).empty());
   EXPECT_TRUE(VmDescription::load(folder.path()).empty());
   EXPECT_TRUE(VmDescription::load(folder.write(L"b.txt", "# nothing\nPATH_HINT:\n/:\n")).empty());
-}
-
-TEST(VmDescriptionTest, NamesKeysAndFiles) {
-  PropertyFile jvmspecs;
-  jvmspecs.parse(L"build.jvmspec.12=sun.spec\n");
-  EXPECT_EQ(descriptionKey(0), L"build.jvmspec.0");
-  EXPECT_EQ(descriptionPath(jvmspecs, 12), L"jvmspecs\\sun.spec");
-  EXPECT_EQ(descriptionPath(jvmspecs, 1), L"jvmspecs\\");
 }
 
 }  // namespace

@@ -18,8 +18,8 @@ int actAsVm(const std::wstring& token) {
     std::fputs((toUtf8(GetCommandLineW()) + "\n").c_str(), runs.get());
   }
   if (token.starts_with(L"exit=")) return parseInteger(token.substr(5));
+  const std::string block(1 << 20, 'x');
   if (token == L"megabytes") {
-    const std::string block(1 << 20, 'x');
     for (int i = 0; i < 3; ++i) std::fwrite(block.data(), 1, block.size(), stdout);
     return std::fflush(stdout);
   }
@@ -31,7 +31,7 @@ int actAsVm(const std::wstring& token) {
       if (token == L"hang")
         Sleep(60'000);
       else
-        std::puts("still here");
+        std::fwrite(block.data(), 1, block.size(), stdout);
     }
   }
   if (token.starts_with(L"set=")) {
