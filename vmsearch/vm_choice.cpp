@@ -20,7 +20,7 @@ std::vector<size_t> filter(std::vector<ConsideredVm>& vms, const VmRules& rules)
   for (const std::wstring& token : validVmTokens(rules.validVmList)) {
     for (size_t i = 0; i < vms.size(); ++i) {
       if (vms[i].outcome != VmOutcome::kNotReached) continue;
-      if (!matchesToken(vms[i].candidate, token, rules.validator)) continue;
+      if (!matchesToken(vms[i].candidate, token, rules)) continue;
       vms[i].outcome = VmOutcome::kOtherBitness;
       if (!admits(rules.preference, vms[i].candidate.bitnessClass)) continue;
       // Until the choice is made.
@@ -49,7 +49,7 @@ std::vector<std::wstring> validVmTokens(const std::wstring& list) {
   return tokens;
 }
 
-bool matchesToken(const VmCandidate& candidate, const std::wstring& token, const TokenValidator& validator) {
+bool matchesToken(const VmCandidate& candidate, const std::wstring& token, const VmRules& rules) {
   const std::wstring word = upperCase(token);
   const int generation = candidate.version.generation();
   const bool isJdk = candidate.kind == VmKind::kJdk;
@@ -66,7 +66,9 @@ bool matchesToken(const VmCandidate& candidate, const std::wstring& token, const
   if (word == L"JRE_J1") return isJre && generation <= 1;
   if (word == L"JRE_J2") return isJre && generation >= 2;
   if (word == L"MSJ") return isMsj;
-  return validator && validator(candidate, token);
+  // A validator runs the candidate, and what lies in a refused folder must not run at all.
+  if (!rules.validator || (rules.folderRefusal && rules.folderRefusal(candidate))) return false;
+  return rules.validator(candidate, token);
 }
 
 bool ranksBelow(const VmCandidate& a, const VmCandidate& b, bool singleArchitecture) {
@@ -106,7 +108,7 @@ VmChoice chooseVm(const std::wstring& currentVm, const VmRules& rules, Installed
     const std::vector<std::wstring> tokens = validVmTokens(rules.validVmList);
     const bool acceptable =
         tokens.empty() || std::any_of(tokens.begin(), tokens.end(), [&](const auto& token) {
-          return matchesToken(vm.candidate, token, rules.validator);
+          return matchesToken(vm.candidate, token, rules);
         });
     vm.outcome = acceptable ? VmOutcome::kChosen : VmOutcome::kNoMatchingToken;
     first.push_back(std::move(vm));

@@ -25,7 +25,7 @@ struct VmRules {
   uint64_t preference = 1;
   /// "0" takes the first acceptable VM, any other text the highest.
   std::wstring jvmHigh;
-  /// Null: tokens that are no keywords match nothing.
+  /// Null: tokens that are no keywords match nothing. Not asked about VMs whose folder is refused.
   TokenValidator validator;
   /// Null: no folder is refused.
   FolderRefusal folderRefusal;
@@ -39,8 +39,9 @@ struct VmChoice {
 
 std::vector<std::wstring> validVmTokens(const std::wstring& list);
 
-/// One token of the list, in any letter case, against one candidate.
-bool matchesToken(const VmCandidate& candidate, const std::wstring& token, const TokenValidator& validator);
+/// One token of the list, in any letter case, against one candidate. Of the rules only the validator and the
+/// folder refusal count here.
+bool matchesToken(const VmCandidate& candidate, const std::wstring& token, const VmRules& rules);
 
 /// Filters `vms` by the rules and chooses among what is left. Only entries with the outcome kNotReached take
 /// part; every one of them leaves with the outcome that it met.

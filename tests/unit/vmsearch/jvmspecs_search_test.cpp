@@ -10,7 +10,6 @@ namespace ryn {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::SizeIs;
 
 // A key of the current user that goes with the test.
@@ -187,6 +186,14 @@ TEST_F(JvmspecsSearchTest, AppliesTheRules) {
   EXPECT_EQ(searchWith(both), L"one\\java.exe");
   rules_.folderRefusal = [](const VmCandidate& vm) { return fileName(vm.folder) == L"one"; };
   EXPECT_EQ(searchWith(both), L"two\\java.exe");
+  rules_.validVmList = L"our-token";
+  std::wstring asked;
+  rules_.validator = [&](const VmCandidate& vm, const std::wstring& token) {
+    asked += token + L" " + fileName(vm.folder);
+    return true;
+  };
+  EXPECT_EQ(searchWith(both), L"two\\java.exe");
+  EXPECT_EQ(asked, L"our-token two") << "a VM in a refused folder must not even be started";
   rules_.preference = 1;
   EXPECT_EQ(searchWith(both), L"");
 }
@@ -207,18 +214,14 @@ TEST_F(JvmspecsSearchTest, WalksTheMachineWhenNoHintHelps) {
   EXPECT_EQ(walks_, 0);
 }
 
-TEST_F(JvmspecsSearchTest, DoesNotWalkForDescriptionsThatSayNothing) {
+TEST_F(JvmspecsSearchTest, WalksOnceAndOnlyForDescriptionsThatSaySomething) {
   install(L"drive\\java.exe");
   describe("# nothing\n");
-  jvmspecs_.parse(L"build.jvmspec.1=missing.txt\n");
-  count_ = 3;
+  describe("PLATFORM_HINT:\nLinux\n/:\n");
+  ++count_;
   EXPECT_EQ(search(), L"");
-  EXPECT_EQ(searchWith("PLATFORM_HINT:\nLinux\n/:\n"), L"");
   EXPECT_EQ(walks_, 0);
-}
 
-TEST_F(JvmspecsSearchTest, WalksOnceForAllDescriptions) {
-  install(L"drive\\java.exe");
   rules_.validVmList = L"MSJ";
   for (int i = 0; i < 3; ++i) describe("VERSION: 1\n");
   EXPECT_EQ(search(), L"");
@@ -247,7 +250,7 @@ TEST(WalkFoldersTest, GoesLevelByLevelUpToTheLimit) {
                                    root.at(L"a\\y"), root.at(L"b"), root.at(L"a\\x\\deep"),
                                    root.at(L"b\\z")};
   EXPECT_EQ(walkFolders({root.at(L"a"), root.path(), root.at(L"A")}, 2, 100), all);
-  for (const size_t limit : {6, 4, 1}) {
+  for (const size_t limit : {6u, 4u, 1u}) {
     all.resize(limit);
     EXPECT_EQ(walkFolders({root.at(L"a"), root.path()}, 2, limit), all);
   }

@@ -47,7 +47,7 @@ TEST(VmChoiceTest, MatchesEachKeyword) {
   for (const auto& [token, expected] : rows) {
     std::string matches;
     for (const ConsideredVm& column : columns)
-      matches += matchesToken(column.candidate, token, nullptr) ? '1' : '0';
+      matches += matchesToken(column.candidate, token, VmRules()) ? '1' : '0';
     EXPECT_EQ(matches, expected) << testing::PrintToString(token);
   }
 }
