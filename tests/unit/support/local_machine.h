@@ -14,6 +14,8 @@ namespace ryn::test {
 class ScopedLocalMachine {
  public:
   ScopedLocalMachine() {
+    // Process ids come round again, and a program that crashed has left its key behind.
+    RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
     UniqueHkey key;
     check(RegCreateKeyW(HKEY_CURRENT_USER, path_.c_str(), key.receive()));
     check(RegOverridePredefKey(HKEY_LOCAL_MACHINE, key.get()));

@@ -2,42 +2,39 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/text.h"
+
 namespace ryn {
 namespace {
 
-using testing::ElementsAre;
-
-/// A found VM in one word: kind, generation and bitness class, as in "jdk8/0".
-ConsideredVm vm(const std::wstring& word) {
-  ConsideredVm result;
-  result.where = word;
-  result.candidate.folder = L"C:\\" + word;
-  const std::wstring kind = word.substr(0, 3);
-  result.candidate.kind = kind == L"jdk" ? VmKind::kJdk : kind == L"jre" ? VmKind::kJre : VmKind::kMsj;
-  result.candidate.version = VmVersion(static_cast<int16_t>(std::stoi(word.substr(3))), 0, 0);
-  result.candidate.bitnessClass = word.back() - L'0';
-  return result;
-}
-
-std::vector<ConsideredVm> vms(const std::vector<const wchar_t*>& words) {
+/// Found VMs, each in one word: kind, generation and bitness class, as in "jdk8/0".
+std::vector<ConsideredVm> vms(const std::wstring& words) {
   std::vector<ConsideredVm> result;
-  for (const wchar_t* word : words) result.push_back(vm(word));
+  for (const std::wstring& word : validVmTokens(words)) {
+    const std::wstring kind = word.substr(0, 3);
+    ConsideredVm& vm = result.emplace_back();
+    vm.candidate.folder = word;
+    vm.candidate.kind = kind == L"jdk" ? VmKind::kJdk : kind == L"jre" ? VmKind::kJre : VmKind::kMsj;
+    vm.candidate.version = VmVersion(static_cast<int16_t>(parseInteger(word.substr(3))), 0, 0);
+    vm.candidate.bitnessClass = word.back() - L'0';
+  }
   return result;
 }
 
-std::vector<VmOutcome> outcomes(const VmChoice& choice) {
-  std::vector<VmOutcome> result;
-  for (const ConsideredVm& considered : choice.considered) result.push_back(considered.outcome);
-  return result;
-}
-
-std::wstring chosen(const VmChoice& choice) {
-  return choice.chosen ? choice.chosen->folder.substr(3) : L"none";
+/// The outcomes, each as one letter, and a check that the choice is the one that is so marked.
+std::string outcomes(const VmChoice& choice) {
+  std::string letters;
+  std::wstring chosen = L"none";
+  for (const ConsideredVm& vm : choice.considered) {
+    letters += "nCkhdTBUFO"[static_cast<int>(vm.outcome)];
+    if (vm.outcome == VmOutcome::kChosen) chosen = vm.candidate.folder;
+  }
+  EXPECT_EQ(choice.chosen ? choice.chosen->folder : L"none", chosen);
+  return letters;
 }
 
 TEST(VmChoiceTest, MatchesEachKeyword) {
-  const std::vector<ConsideredVm> columns =
-      vms({L"jdk0/0", L"jdk1/0", L"jdk2/0", L"jre1/0", L"jre2/0", L"jre11/0", L"msj1/0", L"msj2/0"});
+  const auto columns = vms(L"jdk0/0 jdk1/0 jdk2/0 jre1/0 jre2/0 jre11/0 msj1/0 msj2/0");
   const std::pair<const wchar_t*, const char*> rows[] = {
       {L"ALL", "11111111"},    {L"J1", "11010000"},     {L"J2", "00101101"},     {L"JDK", "11100000"},
       {L"JRE", "00011100"},    {L"JDK_J1", "11000000"}, {L"JDK_J2", "00100000"}, {L"JRE_J1", "00010000"},
@@ -46,115 +43,68 @@ TEST(VmChoiceTest, MatchesEachKeyword) {
   };
   for (const auto& [token, expected] : rows) {
     std::string matches;
-    for (const ConsideredVm& column : columns)
+    for (const auto& column : columns)
       matches += matchesToken(column.candidate, token, VmRules()) ? '1' : '0';
     EXPECT_EQ(matches, expected) << testing::PrintToString(token);
   }
 }
 
-TEST(VmChoiceTest, AsksTheValidatorForUnknownTokensOnly) {
-  std::vector<std::wstring> asked;
-  VmRules rules;
-  rules.validVmList = L"JDK  Like_8  jre9";
-  rules.preference = 2;
-  rules.validator = [&](const VmCandidate& candidate, const std::wstring& token) {
-    asked.push_back(candidate.folder.substr(3) + L" " + token);
-    return candidate.version.generation() == 8;
-  };
-  const VmChoice choice = chooseAmong(vms({L"jdk7/0", L"jre7/0", L"jre8/0"}), rules, false);
-  EXPECT_EQ(chosen(choice), L"jre8/0");
-  EXPECT_THAT(asked, ElementsAre(L"jre7/0 Like_8", L"jre8/0 Like_8", L"jre7/0 jre9"));
-}
-
 TEST(VmChoiceTest, FiltersAndChooses) {
-  using enum VmOutcome;
-  const struct {
-    const wchar_t* list;
-    uint64_t preference;
-    const wchar_t* jvmHigh;
-    std::vector<const wchar_t*> found;
-    const wchar_t* chosen;
-    std::vector<VmOutcome> outcomes;
-  } rows[] = {
-      // First by the order of the tokens, then by that of the sources.
-      {L"JDK JRE", 3, L"0", {L"jre17/0", L"jdk8/0", L"jdk11/0"}, L"jdk8/0", {kNotFirst, kChosen, kNotFirst}},
-      {L"ALL JDK", 3, L"0", {L"jre17/0", L"jdk8/0", L"jdk11/0"}, L"jre17/0", {kChosen, kNotFirst, kNotFirst}},
+  const std::tuple<const wchar_t*, uint64_t, const wchar_t*, const wchar_t*, const char*> rows[] = {
+      // The first in the order of the tokens, then of the sources.
+      {L"JDK JRE", 3, L"0", L"jre17/0 jdk8/0 jdk11/0", "FCF"},
+      {L"ALL JDK", 3, L"0", L"jre17/0 jdk8/0 jdk11/0", "CFF"},
       // The highest, of equals the first; anything but "0" asks for it.
-      {L"JDK JRE",
-       3,
-       L"",
-       {L"jre17/0", L"jdk8/0", L"jdk11/0"},
-       L"jre17/0",
-       {kChosen, kOutranked, kOutranked}},
-      {L"ALL", 3, L"00", {L"jdk8/0", L"jre8/0", L"jre7/0"}, L"jdk8/0", {kChosen, kOutranked, kOutranked}},
-      {L"j1 j2",
-       2,
-       L"1",
-       {L"jre1/0", L"msj1/0", L"jre2/0"},
-       L"jre2/0",
-       {kOutranked, kNoMatchingToken, kChosen}},
+      {L"JDK JRE", 3, L"", L"jre17/0 jdk8/0 jdk11/0", "COO"},
+      {L"ALL", 3, L"00", L"jre7/0 jdk8/0 jre8/0", "OCO"},
+      {L"  j1   j2 ", 2, L"1", L"jre1/0 msj1/0 jre2/0", "OTC"},
       // A VM of the other bitness is none, and a later token does not bring it back.
-      {L"JRE ALL",
-       1,
-       L"",
-       {L"jre17/0", L"jre8/1", L"jdk9/0"},
-       L"jre8/1",
-       {kOtherBitness, kChosen, kOtherBitness}},
-      {L"JRE ALL", 3, L"0", {L"jre17/1", L"jre8/0"}, L"jre8/0", {kOtherBitness, kChosen}},
-      {L"ALL", 1, L"", {L"jre17/0"}, L"none", {kOtherBitness}},
-      // Where both are admitted class 1 beats any version of class 0.
-      {L"ALL", 2, L"", {L"jre17/0", L"jre5/1", L"jre6/1"}, L"jre6/1", {kOutranked, kOutranked, kChosen}},
-      {L"ALL", 0, L"0", {L"jre17/0", L"jre5/1"}, L"jre17/0", {kChosen, kNotFirst}},
-      {L"ALL", 64, L"0", {L"jre17/1", L"jre5/0"}, L"jre17/1", {kChosen, kNotFirst}},
-      {L"", 2, L"", {L"jre17/0"}, L"none", {kNoMatchingToken}},
-      {L"ALL", 2, L"", {}, L"none", {}},
+      {L"JRE ALL", 1, L"", L"jre17/0 jre8/1 jdk9/0", "BCB"},
+      {L"JRE ALL", 3, L"0", L"jre17/1 jre8/0", "BC"},
+      {L"ALL", 1, L"", L"jre17/0", "B"},
+      // Where both are admitted, class 1 beats any version of class 0.
+      {L"ALL", 2, L"", L"jre17/0 jre5/1 jre6/1", "OOC"},
+      {L"ALL", 0, L"0", L"jre17/0 jre5/1", "CF"},
+      {L"ALL", 64, L"0", L"jre17/1 jre5/0", "CF"},
+      {L"", 2, L"", L"jre17/0", "T"},
+      {L"ALL", 2, L"", L"", ""},
   };
-  for (const auto& row : rows) {
+  for (const auto& [list, preference, jvmHigh, found, expected] : rows) {
     VmRules rules;
-    rules.validVmList = row.list;
-    rules.preference = row.preference;
-    rules.jvmHigh = row.jvmHigh;
-    const VmChoice choice = chooseAmong(vms(row.found), rules, wantsSingleArchitecture(row.preference));
-    EXPECT_EQ(chosen(choice), row.chosen) << testing::PrintToString(row.list) << row.preference;
-    EXPECT_EQ(outcomes(choice), row.outcomes) << testing::PrintToString(row.list) << row.preference;
+    rules.validVmList = list;
+    rules.preference = preference;
+    rules.jvmHigh = jvmHigh;
+    EXPECT_EQ(outcomes(chooseAmong(vms(found), rules, wantsSingleArchitecture(preference))), expected)
+        << testing::PrintToString(list) << preference << testing::PrintToString(found);
   }
 }
 
-TEST(VmChoiceTest, RanksClassesByTheFlagAndVersionsWithinOne) {
-  const struct {
-    const wchar_t* a;
-    const wchar_t* b;
-    bool single;
-    bool below;
-  } rows[] = {
-      {L"jre5/0", L"jre6/0", false, true},  {L"jre6/0", L"jre5/0", false, false},
-      {L"jre5/1", L"jre6/1", true, true},   {L"jre6/0", L"jre6/0", true, false},
-      {L"jre17/0", L"jre5/1", false, true}, {L"jre5/1", L"jre17/0", false, false},
-      {L"jre17/0", L"jre5/1", true, false}, {L"jre5/1", L"jre17/0", true, true},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(ranksBelow(vm(row.a).candidate, vm(row.b).candidate, row.single), row.below)
-        << testing::PrintToString(row.a) << testing::PrintToString(row.b) << row.single;
+TEST(VmChoiceTest, TheFlagRanksTheClasses) {
+  const auto found = vms(L"jre17/0 jre5/1");
+  for (const bool single : {false, true}) {
+    EXPECT_EQ(ranksBelow(found[0].candidate, found[1].candidate, single), !single);
+    EXPECT_EQ(ranksBelow(found[1].candidate, found[0].candidate, single), single);
+    EXPECT_FALSE(ranksBelow(found[0].candidate, found[0].candidate, single));
   }
 }
 
-TEST(VmChoiceTest, RefusesUnsafeFoldersAndLeavesSettledEntriesAlone) {
-  using enum VmOutcome;
-  std::vector<ConsideredVm> found = vms({L"jre21/0", L"jre17/0", L"jdk25/0", L"jre11/0", L"jre25/0"});
-  found.back().outcome = kDuplicate;
-  std::vector<std::wstring> asked;
+TEST(VmChoiceTest, AsksTheValidatorForUnknownTokensAndTheFolderCheckForTheRest) {
+  std::wstring asked;
   VmRules rules;
-  rules.validVmList = L"JRE";
+  rules.validVmList = L"JDK Like_8";
   rules.preference = 3;
+  rules.validator = [&](const VmCandidate& candidate, const std::wstring& token) {
+    asked += candidate.folder + L" " + token + L", ";
+    return candidate.version.generation() >= 8;
+  };
   rules.folderRefusal = [&](const VmCandidate& candidate) {
-    asked.push_back(candidate.folder.substr(3));
+    asked += candidate.folder + L"? ";
     return candidate.version.generation() == 21;
   };
-  const VmChoice choice = chooseAmong(std::move(found), rules, true);
-  EXPECT_EQ(chosen(choice), L"jre17/0");
-  EXPECT_THAT(outcomes(choice),
-              ElementsAre(kUnsafeFolder, kChosen, kNoMatchingToken, kOutranked, kDuplicate));
-  EXPECT_THAT(asked, ElementsAre(L"jre21/0", L"jre17/0", L"jre11/0"));
+  auto found = vms(L"jdk7/0 jre7/0 jre21/0 jre8/0 jre25/0");
+  found.back().outcome = VmOutcome::kDuplicate;
+  EXPECT_EQ(outcomes(chooseAmong(std::move(found), rules, true)), "OTUCd");
+  EXPECT_EQ(asked, L"jre7/0 Like_8, jre21/0 Like_8, jre8/0 Like_8, jdk7/0? jre21/0? jre8/0? ");
 }
 
 }  // namespace
