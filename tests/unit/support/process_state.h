@@ -12,7 +12,7 @@ namespace ryn::test {
 /// Sets (or, without a value, unsets) an environment variable of the test program and puts it back.
 class ScopedVariable {
  public:
-  ScopedVariable(std::wstring name, std::optional<std::wstring> value) : name_(std::move(name)) {
+  ScopedVariable(std::wstring name, const std::optional<std::wstring>& value) : name_(std::move(name)) {
     wchar_t old[32768];
     SetLastError(ERROR_SUCCESS);
     const DWORD length = GetEnvironmentVariableW(name_.c_str(), old, 32768);

@@ -31,14 +31,17 @@ class TempFolder {
   enum class Name { kPlain, kNonAscii };
 
   explicit TempFolder(Name name = Name::kPlain) {
-    static int count = 0;
     wchar_t base[MAX_PATH];
     check(GetTempPathW(MAX_PATH, base) != 0);
     // Letters of Latin-1, of no common ANSI code page, and of two UTF-16 units.
     const std::wstring suffix = name == Name::kNonAscii ? L" \u00e9\u00df \u4e2d\u6587 \U0001f600" : L"";
-    path_ = base + (L"ryntest" + std::to_wstring(GetCurrentProcessId())) + L"-" + std::to_wstring(++count) +
-            suffix;
-    check(CreateDirectoryW(path_.c_str(), nullptr));
+    const std::wstring stem = base + (L"ryntest" + std::to_wstring(GetCurrentProcessId())) + L"-";
+    // Process ids come round again, and a program that crashed has left its folders behind.
+    int count = 0;
+    do {
+      path_ = stem + std::to_wstring(++count) + suffix;
+    } while (!CreateDirectoryW(path_.c_str(), nullptr) && GetLastError() == ERROR_ALREADY_EXISTS);
+    check(folderExists(path_));
   }
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
