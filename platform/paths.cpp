@@ -5,6 +5,7 @@
 namespace ryn {
 namespace {
 
+// Characters in the longest path that the system knows, terminator included.
 constexpr DWORD kLongestPath = 32768;
 
 std::wstring fullPathOrEmpty(const std::wstring& path) {
@@ -18,7 +19,7 @@ std::wstring fullPathOrEmpty(const std::wstring& path) {
 }  // namespace
 
 std::wstring modulePath() {
-  for (DWORD size = kPathBufferSize; size <= kLongestPath; size *= 2) {
+  for (DWORD size = kPathBufferSize; size < 2 * kLongestPath; size *= 2) {
     std::wstring path(size, L'\0');
     const DWORD length = GetModuleFileNameW(nullptr, path.data(), size);
     if (length == 0) break;
