@@ -29,8 +29,9 @@ inline constexpr std::wstring_view kClasspathPlaceholder = L"$ENV_CLASSPATH$";
 /// True for "true", "yes" or "on" in any letter case.
 bool parseBoolean(std::wstring_view text);
 
-/// Decimal number with an optional last letter "k" (1024) or "m" (1048576) in any case. Reading stops at
-/// the first character that is no digit; nothing readable, also an empty text, gives 0. Overflow wraps.
+/// Decimal number with an optional last letter "k" (1024) or "m" (1048576) in any case. The digits are read
+/// as the C library's `strtoull` reads them: behind blanks and a sign, up to the first character that is no
+/// digit; nothing readable, also an empty text, gives 0. The product wraps on overflow.
 uint64_t parseSize(std::wstring_view text);
 
 // One accessor per key, named after it. None throws for a missing key.
