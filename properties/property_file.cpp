@@ -1,6 +1,5 @@
 #include "properties/property_file.h"
 
-
 #include "platform/errors.h"
 #include "platform/files.h"
 #include "platform/text.h"

@@ -29,7 +29,7 @@ class InstalledVmsTest : public testing::Test {
 
   const test::TempFolder folder_;
   const test::ScopedLocalMachine machine_;
-  const SystemVmProbe probe_;
+  const SystemVmProbe probe_{};
 };
 
 std::vector<std::wstring> places(const std::vector<ConsideredVm>& vms) {

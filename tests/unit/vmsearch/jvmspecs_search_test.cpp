@@ -82,7 +82,7 @@ class JvmspecsSearchTest : public testing::Test, protected DriveList {
 
   const test::TempFolder folder_;
   const test::ScopedCurrentFolder current_{folder_.path()};
-  const SystemVmProbe probe_;
+  const SystemVmProbe probe_{};
   PropertyFile jvmspecs_;
   int count_ = 0;
   VmRules rules_;
