@@ -153,13 +153,12 @@ void PackArchive::ReaderPolicy::close(Value value) {
   unzClose(value);
 }
 
-std::optional<PackArchive> PackArchive::open(const std::wstring& path) {
+bool PackArchive::open(const std::wstring& path) {
   zlib_filefunc64_def functions;
   fill_fopen64_filefunc(&functions);
   functions.zopen64_file = openWide;
-  Reader reader(unzOpen2_64(path.c_str(), &functions));
-  if (!reader) return std::nullopt;
-  return PackArchive(std::move(reader));
+  reader_.reset(unzOpen2_64(path.c_str(), &functions));
+  return static_cast<bool>(reader_);
 }
 
 int32_t PackArchive::entryCount() const {
@@ -211,12 +210,12 @@ PackResult PackArchive::getEntry(int32_t index, PackEntry& entry) {
     return PackResult::kExtraFieldUnreadable;
   }
 
-  cached_ = {.index = index,
-             .name = entryName(name),
-             .attributes = attributesOf(info.version, info.external_fa),
-             .times = timesOf(info.dosDate, extraField),
-             .compressedSize = static_cast<int32_t>(info.compressed_size),
-             .uncompressedSize = static_cast<int32_t>(info.uncompressed_size)};
+  cached_.index = index;
+  cached_.name = entryName(name);
+  cached_.attributes = attributesOf(info.version, info.external_fa);
+  cached_.times = timesOf(info.dosDate, extraField);
+  cached_.compressedSize = static_cast<int32_t>(info.compressed_size);
+  cached_.uncompressedSize = static_cast<int32_t>(info.uncompressed_size);
   cachedIsEncrypted_ = (info.flag & kEncryptedFlag) != 0;
   entry = cached_;
   return PackResult::kOk;

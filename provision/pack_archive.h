@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -59,12 +58,11 @@ DWORD attributesOf(unsigned versionMadeBy, uint32_t externalAttributes);
 /// timestamp" block ("UT") of the extra field holds.
 PackTimes timesOf(uint32_t dosDateTime, std::string_view extraField);
 
-/// A zip archive open for reading. Entries are reached by walking the archive's directory, so ascending
-/// order is the fast one.
+/// A zip archive. Entries are reached by walking the archive's directory, so ascending order is the fast one.
 class PackArchive {
  public:
-  /// None when the file is missing or is no zip archive.
-  static std::optional<PackArchive> open(const std::wstring& path);
+  /// Once per object, before anything else. False when the file is missing or is no zip archive.
+  bool open(const std::wstring& path);
 
   /// Reads the entry `index`. Index -1 puts the number of entries that the archive claims into
   /// `entry.index`.
@@ -82,10 +80,6 @@ class PackArchive {
     static Value none() { return nullptr; }
     static void close(Value value);
   };
-  using Reader = UniqueResource<ReaderPolicy>;
-
-  explicit PackArchive(Reader reader) : reader_(std::move(reader)) {}
-
   bool moveTo(int32_t index);
   int32_t entryCount() const;
   PackResult copyOpenEntry(HANDLE file);
@@ -93,7 +87,7 @@ class PackArchive {
   /// No position in the archive: the next move starts at the first entry.
   static constexpr int32_t kNowhere = INT32_MAX;
 
-  Reader reader_;
+  UniqueResource<ReaderPolicy> reader_;
   int32_t position_ = kNowhere;
   int32_t openIndex_ = -1;
   /// The latest record read; its index is -1 when there is none. The reader stands at this entry.

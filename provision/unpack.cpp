@@ -16,16 +16,16 @@ void deleteFile(const std::wstring& path) {
 }
 
 bool extractArchive(const std::wstring& path, const std::wstring& folder) {
-  std::optional<PackArchive> archive = PackArchive::open(path);
-  if (!archive) return false;
-  archive->setBaseFolder(folder);
+  PackArchive archive;
+  if (!archive.open(path)) return false;
+  archive.setBaseFolder(folder);
 
   PackEntry entry;
-  archive->getEntry(-1, entry);
+  archive.getEntry(-1, entry);
   const int32_t count = entry.index;
   for (int32_t index = 0; index < count; ++index) {
-    PackResult result = archive->getEntry(index, entry);
-    if (result == PackResult::kOk) result = archive->extract(index, entry.name);
+    PackResult result = archive.getEntry(index, entry);
+    if (result == PackResult::kOk) result = archive.extract(index, entry.name);
     // Nothing behind a gap in the directory can be reached, however many entries the archive claims.
     if (result == PackResult::kBadIndex) break;
   }
