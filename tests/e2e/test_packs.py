@@ -1,0 +1,389 @@
+"""VM packs from real servers on the loopback interface: the download and the steps behind it by themselves, where
+their console texts can be read, and whole launches of builds that ship or fetch a VM."""
+import contextlib
+import hashlib
+import http.server
+import io
+import os
+import threading
+import zipfile
+
+import pytest
+from pyftpdlib.authorizers import DummyAuthorizer
+from pyftpdlib.handlers import FTPHandler
+from pyftpdlib.servers import ThreadedFTPServer
+
+from harness import (ERROR_TITLE, FIXTURES, LIMIT_SECONDS, NO_VALID_VM, SYSTEM_PATH, Run, install_vm, wait_until,
+                     windows_path)
+
+WAIT = "\nDownloading VM Pack - Please Wait!!!\n"
+# Wine's wininet leaves this error behind when it succeeds.
+OPENED = "\nError in opening internet connection with URL\n\nWininet Error code: 12006\n"
+FAILED = "\nAttempt to download VM failed"
+NO_CONNECTION = ("Network Connection Error", "Could not connect to the specified URL")
+NO_DOWNLOAD = ("JVM Download Error", "Download of VM pack failed. Installer exiting...")
+PROGRESS = ("Downloading", "Downloading Java Virtual Machine pack")
+TITLE = PROGRESS[0]
+
+
+class Handler(http.server.BaseHTTPRequestHandler):
+    protocol_version = "HTTP/1.1"
+
+    def log_message(self, *_):
+        pass
+
+    def do_GET(self):
+        with contextlib.suppress(BrokenPipeError, ConnectionResetError):
+            answer = self.server.answers.get(self.path)
+            if isinstance(answer, bytes):
+                self.begin(len(answer))
+                self.wfile.write(answer)
+            elif answer is None:
+                self.send_error(404)
+            else:
+                answer(self)
+
+    def begin(self, size=None, status=200, **headers):
+        self.send_response(status)
+        if size is not None:
+            headers["Content-Length"] = size
+        for name, value in headers.items():
+            self.send_header(name.replace("_", "-"), str(value))
+        self.end_headers()
+
+
+@pytest.fixture
+def web():
+    """A server; `answers` has the bytes, or a function of the handler, for each path."""
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+    server.answers = {}
+    server.url = f"http://127.0.0.1:{server.server_port}"
+    thread = threading.Thread(target=server.serve_forever)
+    thread.start()
+    yield server
+    server.shutdown()
+    thread.join()
+    server.server_close()
+
+
+@pytest.fixture
+def ftp(tmp_path):
+    """The address of an FTP server and the folder that it serves."""
+    folder = tmp_path / "ftp"
+    folder.mkdir()
+    authorizer = DummyAuthorizer()
+    authorizer.add_anonymous(str(folder))
+    handler = type("Anonymous", (FTPHandler,), {"authorizer": authorizer})
+    # The port cannot be chosen; an address of this process's own keeps test runs apart.
+    process = os.getpid()
+    server = ThreadedFTPServer((f"127.{1 + (process >> 16) % 254}.{process >> 8 & 255}.{process & 255}", 21), handler)
+    thread = threading.Thread(target=server.serve_forever, kwargs={"timeout": 0.1})
+    thread.start()
+    yield f"ftp://{server.address[0]}", folder
+    server.close_all()
+    thread.join()
+
+
+class Answer:
+    """What the probe said: its output before the result, the result, the boxes as pairs of title and text."""
+
+    def __init__(self, result):
+        output = result.stdout.decode("utf-8").replace("\r\n", "\n")
+        self.output, self.result = output.removesuffix("\n").rsplit("\nresult: ", 1)
+        self.boxes = [(box.title, box.text) for box in result.boxes]
+        self.progress = next((box for box in result.boxes if box.progress), None)
+
+
+@pytest.fixture
+def probe(host, tmp_path):
+    runs = []
+
+    def start(*arguments):
+        command = " ".join(f'"{argument}"' for argument in (windows_path(FIXTURES / "pack_probe.exe"), *arguments))
+        request = [("command", command), ("handles", "own"), ("press", "yes")]
+        runs.append(Run(host, tmp_path / f"run{len(runs)}", request, None, LIMIT_SECONDS, None))
+        return runs[-1]
+
+    yield lambda *arguments: Answer(start(*arguments).wait())
+    for run in runs:
+        run.end()
+
+
+@pytest.fixture
+def target(tmp_path):
+    folder = tmp_path / "Prüf ordner 中文"
+    folder.mkdir()
+    return folder / "jvmspecsjre.vm"
+
+
+@pytest.fixture
+def download(probe, target):
+    """download(url, flags...): the answer, and `file`, what is at the destination then."""
+    def run(url, *flags, target=target):
+        answer = probe("download", url, windows_path(target) if target else "", *flags)
+        answer.file = target.read_bytes() if target and target.is_file() else None
+        return answer
+    return run
+
+
+def test_whole_file_over_http(web, download):
+    web.answers["/jre.vm"] = content = os.urandom(3_000_000)
+    answer = download(web.url + "/jre.vm")
+    assert (answer.result, answer.boxes, answer.file) == ("true", [], content)
+    assert answer.output == WAIT + OPENED + "===== "
+
+    answer = download(web.url + "/jre.vm", "quiet", "progress")
+    assert (answer.result, answer.boxes, answer.file, answer.output) == ("true", [], content, "")
+
+
+def test_answers_of_all_kinds(web, download):
+    content = os.urandom(5000)
+
+    def redirect(handler):
+        handler.begin(0, status=302, Location="/jre.vm")
+
+    def chunked(handler):
+        handler.begin(Transfer_Encoding="chunked")
+        for start in range(0, len(content), 1999):
+            part = content[start:start + 1999]
+            handler.wfile.write(b"%x\r\n%b\r\n" % (len(part), part))
+        handler.wfile.write(b"0\r\n\r\n")
+
+    def short(handler):
+        handler.begin(2 * len(content))
+        handler.wfile.write(content)
+        handler.close_connection = True
+
+    web.answers |= {"/jre.vm": content, "/redirect": redirect, "/chunked": chunked, "/short": short, "/empty": b""}
+    for path, expected in {"/redirect": content, "/chunked": content, "/short": content, "/empty": b""}.items():
+        for flags in ([], ["progress"]):
+            answer = download(web.url + path, *flags)
+            assert (answer.result, answer.file) == ("true", expected), (path, flags)
+
+
+@pytest.mark.parametrize("address, code", [("{web}/none.vm", 404), ("http://127.0.0.1:1/jre.vm", 0),
+                                           ("http:nonsense", 0)])
+def test_no_http_answer(web, download, address, code):
+    url = address.format(web=web.url)
+    answer = download(url)
+    assert answer.output.endswith(f"\nCould not connect to the specified URL\nHTTP Status code: {code}\n")
+    assert (answer.result, answer.file, answer.boxes) == ("false", None, [])
+    answer = download(url, "progress")
+    assert "Status" not in answer.output
+    assert (answer.result, answer.file, answer.boxes) == ("false", None, [NO_CONNECTION])
+    answer = download(url, "progress", "quiet")
+    assert (answer.result, answer.file, answer.boxes, answer.output) == ("false", None, [], "")
+
+
+@pytest.mark.parametrize("scheme, target", [("HTTP", "jre.vm"), ("http", "missing/jre.vm"), ("http", None)])
+def test_download_that_cannot_start(web, download, tmp_path, scheme, target):
+    web.answers["/jre.vm"] = b"x"
+    url = web.url.replace("http", scheme) + "/jre.vm"
+    options = {"target": target and tmp_path / target}
+    answer = download(url, **options)
+    assert (answer.result, answer.file, answer.boxes) == ("false", None, [])
+    assert answer.output == WAIT + (OPENED if scheme == "http" else "") + FAILED
+    answer = download(url, "progress", **options)
+    assert (answer.result, answer.file, answer.boxes) == ("false", None, [PROGRESS, NO_DOWNLOAD])
+    answer = download(url, "progress", "quiet", **options)
+    assert (answer.result, answer.output, answer.boxes) == ("false", "", [])
+
+
+def test_progress_dialog(web, download):
+    def large(handler):
+        handler.begin(73_400_320)
+        handler.wfile.write(b"x" * 2000)
+        handler.close_connection = True
+    web.answers["/jre.vm"] = large
+    answer = download(web.url + "/jre.vm", "progress")
+    assert (answer.result, answer.boxes) == ("true", [PROGRESS])
+    assert answer.progress.progress_end == 6144
+
+
+def test_cancelled_download(host, web, download, target):
+    def large(handler):
+        handler.begin(20_000_000)
+        handler.wfile.write(b"x" * 100_000)
+        wait_until(target.exists, "start of the transfer")
+        host.close_window(TITLE)
+        handler.wfile.write(b"x" * 19_900_000)
+    web.answers["/jre.vm"] = large
+    answer = download(web.url + "/jre.vm", "progress")
+    assert (answer.result, answer.file, answer.boxes) == ("false", None, [PROGRESS])
+
+
+def test_ftp(ftp, download):
+    address, folder = ftp
+    content = os.urandom(1_500_000)
+    (folder / "sub").mkdir()
+    (folder / "sub" / "jre.vm").write_bytes(content)
+    # The port does not count.
+    answer = download(f"{address}:2121/sub/jre.vm")
+    assert (answer.result, answer.file, answer.output) == ("true", content, WAIT + "==")
+    answer = download(f"{address}/sub/jre.vm", "progress")
+    assert (answer.result, answer.file, answer.boxes) == ("true", content, [PROGRESS])
+
+    for url, code in ((address + "/none.vm", 12003), ("ftp://127.255.255.254/jre.vm", 12029)):
+        answer = download(url)
+        assert answer.output == f"{WAIT}\nCould not connect to the specified URL\nWininet Error code: {code}\n"
+        assert (answer.result, answer.boxes) == ("false", [])
+        answer = download(url, "progress")
+        assert (answer.result, answer.boxes) == ("false", [NO_CONNECTION])
+
+
+def archive(files):
+    data = io.BytesIO()
+    with zipfile.ZipFile(data, "w", zipfile.ZIP_DEFLATED) as target:
+        for name, content in files.items():
+            target.writestr(name, content)
+    return data.getvalue()
+
+
+PACK = archive({"vm.zip": archive({"bin/java.exe": "java", "lib/modules": "m" * 50_000}), "vm.properties": "x"})
+VERIFYING = "\nVerifying the downloaded JVM with MD5 checksum specified\n\n"
+EXTRACTING = "\nExtracting VM Pack. Please wait!!!\n"
+
+
+@pytest.fixture
+def fetch(web, probe, tmp_path):
+    """fetch(pack, flags..., digest, name): the answer, and `files`, what is in the application's folder then."""
+    folder = tmp_path / "app ä"
+    (folder / "Windows" / "jvmspecs").mkdir(parents=True)
+    (folder / "Windows" / "resource").mkdir()
+
+    def run(pack, *flags, digest="-", name="jre.vm"):
+        web.answers["/d/" + name] = pack
+        answer = probe("fetch", f"{web.url}/d/{name}", windows_path(folder), digest, *flags)
+        answer.files = sorted(str(path.relative_to(folder)) for path in folder.rglob("*") if path.is_file())
+        answer.home = windows_path(folder / "Windows" / "resource" / "jre")
+        return answer
+    return run
+
+
+VM_FILES = ["Windows/resource/jre/bin/java.exe", "Windows/resource/jre/lib/modules"]
+
+
+def test_fetched_pack(fetch):
+    answer = fetch(PACK, digest=hashlib.md5(PACK).hexdigest())
+    assert answer.result == answer.home + r"\\bin\java.exe"
+    assert answer.output == (WAIT + OPENED + VERIFYING + "MD5 checksum verification for downloaded JVM passed" +
+                             EXTRACTING + "\nExtracted the JVM pack successfully!!\n")
+    assert answer.files == VM_FILES
+    answer = fetch(PACK, "quiet")
+    assert (answer.output, answer.files, answer.result) == ("", VM_FILES, answer.home + r"\\bin\java.exe")
+
+
+def test_pack_with_a_wrong_digest(fetch):
+    digest = hashlib.md5(PACK).hexdigest().upper()
+    answer = fetch(PACK, digest=digest)
+    assert answer.output.endswith(VERIFYING + "Warning!! MD5 checksum verification for downloaded JVM failed. "
+                                  "Installer exiting...")
+    assert (answer.result, answer.files, answer.boxes) == ("", ["Windows/jvmspecsjre.vm"], [])
+    answer = fetch(PACK, "progress", digest=digest)
+    assert answer.boxes == [PROGRESS, ("MD5 Checksum Verification", "digest failure")]
+
+
+@pytest.mark.parametrize("pack", [b"no archive", PACK[:len(PACK) // 2], archive({"sub/vm.zip": archive({})})])
+def test_pack_that_cannot_be_unpacked(fetch, pack):
+    answer = fetch(pack)
+    assert answer.output.endswith(EXTRACTING + "\nCould not extract the downloaded VM pack. Installer exiting...")
+    assert (answer.result, answer.boxes) == ("", [])
+    assert "Windows/jvmspecsjre.vm" not in answer.files
+    answer = fetch(pack, "progress")
+    assert answer.boxes == [PROGRESS, ("JVM Extraction Error",
+                                       "Could not extract the downloaded VM pack. Installer exiting...")]
+    assert fetch(pack, "quiet").output == ""
+
+
+def test_pack_without_a_vm(fetch):
+    answer = fetch(archive({"vm.zip": archive({"readme.txt": "x"})}))
+    assert (answer.result, answer.files) == ("", ["Windows/resource/jre/readme.txt"])
+
+
+@pytest.mark.parametrize("name", ["jre.zip", "jre.VM"])
+def test_url_that_names_no_pack(fetch, name):
+    answer = fetch(PACK, name=name)
+    assert (answer.output, answer.files) == ("\nThe file specified is not a valid VM pack\n", [])
+    answer = fetch(PACK, "progress", name=name)
+    assert answer.boxes == [("Invalid VM Pack", "The file specified for download is not a valid VM pack")]
+
+
+def write_options(app, folder="Windows", **options):
+    """jvmspecs.properties; "__" in a name stands for each "."."""
+    target = app.folder / folder / "jvmspecs"
+    target.mkdir(parents=True, exist_ok=True)
+    (target.parent / "resource").mkdir(exist_ok=True)
+    text = "".join(f"build.{key.replace('__', '.')}={value}\n" for key, value in options.items())
+    (target / "jvmspecs.properties").write_text(text)
+
+
+def without_vm(option, pack, url, digest):
+    checksum = f"without__vm__{pack}__download__url__md5Checksum__"
+    url_key = f"without__vm__{pack.replace('dont__search', 'direct')}__download__url"
+    return {"option": "withoutvm", "without__vm__search__option": option, url_key: url,
+            checksum + "applicable": "true", checksum + "value": digest}
+
+
+@pytest.fixture
+def vm_pack(web, tmp_path):
+    """A pack with a stand-in VM: its URL and its digest."""
+    home = install_vm(tmp_path / "packed").parents[1]
+    files = {str(path.relative_to(home)): path.read_bytes() for path in home.rglob("*") if path.is_file()}
+    web.answers["/jre.vm"] = pack = archive({"vm.zip": archive(files), "vm.properties": "x"})
+    return web.url + "/jre.vm", hashlib.md5(pack).hexdigest()
+
+
+NO_VM = (ERROR_TITLE, f"{NO_VALID_VM}\n\nRequired Java VM : ALL")
+
+
+def boxes_of(result):
+    return [(box.title, box.text) for box in result.boxes]
+
+
+def program_of(result):
+    """The VM's program below its application; the path of an unpacked one has a separator twice."""
+    return result.record["program"].replace("\\\\", "\\").split("\\app\\")[1].replace("\\", "/")
+
+
+@pytest.mark.parametrize("folder", ["Windows", "Windows_Pure_64_Bit"])
+def test_build_that_fetches_its_vm(app, vm_pack, folder):
+    write_options(app, folder, **without_vm(12, "dont__search", *vm_pack))
+    result = app.run(env={"STAND_IN_EXIT": "7"})
+    assert (boxes_of(result), result.exit_code) == ([PROGRESS], 7)
+    assert program_of(result) == folder + "/resource/jre/bin/javaw.exe"
+    assert sorted(path.name for path in (app.folder / folder).iterdir()) == ["jvmspecs", "resource"]
+    # What was unpacked is the VM of a build that ships one.
+    write_options(app, folder, option="withvm", with__vm__search__option=21)
+    assert program_of(app.run()) == folder + "/resource/jre/bin/javaw.exe"
+
+
+def test_search_comes_first_where_the_build_says_so(app, vm_pack):
+    path = SYSTEM_PATH + ";" + windows_path(install_vm(app.folder / "found").parent)
+    install_vm(app.folder / "Windows" / "resource" / "jre" / "jre")
+    found, shipped = "found/bin/javaw.exe", "Windows/resource/jre/jre/bin/javaw.exe"
+    write_options(app, option="withvm", with__vm__search__option=20)
+    assert [program_of(app.run(path=path)), program_of(app.run())] == [found, shipped]
+    write_options(app, option="withvm", with__vm__search__option=21)
+    assert program_of(app.run(path=path)) == shipped
+    write_options(app, **without_vm(11, "not__found", *vm_pack))
+    assert [program_of(app.run(path=path)), program_of(app.run())] == [found, "Windows/resource/jre/bin/javaw.exe"]
+
+
+@pytest.mark.parametrize("option, pack, ending", [(11, "not__found", "exiting"), (12, "dont__search", "Exiting")])
+def test_fetch_that_fails_ends_the_launch(app, vm_pack, option, pack, ending):
+    url, digest = vm_pack
+    write_options(app, **without_vm(option, pack, url, digest.upper()))
+    warning = ("MD5 Checksum Verification",
+               f"Warning!! MD5 checksum verification for downloaded JVM failed\nInstaller {ending}...")
+    result = app.run()
+    assert (boxes_of(result), result.exit_code) == ([PROGRESS, warning, NO_VM], 106)
+    result = app.run("silent")
+    assert (boxes_of(result), result.exit_code) == ([NO_VM], 106)
+    assert b"Download" not in result.stdout
+
+
+@pytest.mark.parametrize("options", [{}, {"option": "withvm"}, {"option": "withoutvm"}])
+def test_build_without_a_way_to_a_vm(app, options):
+    write_options(app, without__vm__direct__download__url="http://127.0.0.1:1/jre.vm", **options)
+    result = app.run()
+    assert (boxes_of(result), result.exit_code) == ([NO_VM], 106)
