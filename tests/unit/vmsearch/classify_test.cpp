@@ -99,29 +99,29 @@ TEST(ClassifyTest, AsksTheRegistryForTheSystemFolder) {
 TEST(ClassifyTest, InfersTheVersionFromTheFolder) {
   const struct {
     const wchar_t* executable;
-    VmKind kind;
-    std::set<std::wstring> names;
     VmVersion version;
+    std::set<std::wstring> names;
+    VmKind kind;
     /// Of NPJava32.dll in bin, or in ..\jre\bin for a kit.
     std::optional<FourPartVersion> plugin = {};
   } rows[] = {
-      {L"java.exe", VmKind::kJre, {L"pack200.exe", L"client", L"hotspot", L"classic"}, VmVersion(5, 0, 0)},
-      {L"java.exe", VmKind::kJre, {L"client", L"hotspot", L"classic", L"jre.exe"}, VmVersion(4, 0, 0)},
-      {L"java.exe", VmKind::kJre, {L"server"}, VmVersion(4, 0, 0)},
-      {L"java.exe", VmKind::kJdk, {L"..\\jre\\bin\\client"}, VmVersion(4, 0, 0)},
-      {L"java.exe", VmKind::kJre, {L"hotspot", L"classic"}, VmVersion(3, 0, 0)},
-      {L"java.exe", VmKind::kJdk, {L"..\\jre\\bin\\hotspot"}, VmVersion(3, 0, 0)},
-      {L"java.exe", VmKind::kJre, {L"classic", L"jre.exe"}, VmVersion(2, 0, 0)},
-      {L"java.exe", VmKind::kJre, {L"jre.exe"}, VmVersion(1, 0, 0)},
-      {L"java.exe", VmKind::kJdk, {L"jrew.exe"}, VmVersion(1, 0, 0)},
-      {L"JRE.exe", VmKind::kJre, {}, VmVersion(1, 0, 0)},
-      {L"java.exe", VmKind::kJre, {}, VmVersion()},
+      {L"java.exe", VmVersion(5, 0, 0), {L"pack200.exe", L"client", L"hotspot", L"classic"}, VmKind::kJre},
+      {L"java.exe", VmVersion(4, 0, 0), {L"client", L"hotspot", L"classic", L"jre.exe"}, VmKind::kJre},
+      {L"java.exe", VmVersion(4, 0, 0), {L"server"}, VmKind::kJre},
+      {L"java.exe", VmVersion(4, 0, 0), {L"..\\jre\\bin\\client"}, VmKind::kJdk},
+      {L"java.exe", VmVersion(3, 0, 0), {L"hotspot", L"classic"}, VmKind::kJre},
+      {L"java.exe", VmVersion(3, 0, 0), {L"..\\jre\\bin\\hotspot"}, VmKind::kJdk},
+      {L"java.exe", VmVersion(2, 0, 0), {L"classic", L"jre.exe"}, VmKind::kJre},
+      {L"java.exe", VmVersion(1, 0, 0), {L"jre.exe"}, VmKind::kJre},
+      {L"java.exe", VmVersion(1, 0, 0), {L"jrew.exe"}, VmKind::kJdk},
+      {L"JRE.exe", VmVersion(1, 0, 0), {}, VmKind::kJre},
+      {L"java.exe", VmVersion(), {}, VmKind::kJre},
       // The plug-in knows better, from the fourth generation on in tenths; never about the first.
-      {L"java.exe", VmKind::kJre, {L"pack200.exe"}, VmVersion(6, 0, 20), {{1, 6, 0, 207}}},
-      {L"java.exe", VmKind::kJdk, {L"client"}, VmVersion(4, 2, 1), {{1, 4, 2, 10}}},
-      {L"java.exe", VmKind::kJre, {L"hotspot"}, VmVersion(3, 1, 20), {{1, 3, 1, 20}}},
-      {L"java.exe", VmKind::kJre, {L"jre.exe"}, VmVersion(1, 0, 0), {{1, 3, 1, 20}}},
-      {L"java.exe", VmKind::kJre, {}, VmVersion(), {{1, 3, 1, 20}}},
+      {L"java.exe", VmVersion(6, 0, 20), {L"pack200.exe"}, VmKind::kJre, {{1, 6, 0, 207}}},
+      {L"java.exe", VmVersion(4, 2, 1), {L"client"}, VmKind::kJdk, {{1, 4, 2, 10}}},
+      {L"java.exe", VmVersion(3, 1, 20), {L"hotspot"}, VmKind::kJre, {{1, 3, 1, 20}}},
+      {L"java.exe", VmVersion(1, 0, 0), {L"jre.exe"}, VmKind::kJre, {{1, 3, 1, 20}}},
+      {L"java.exe", VmVersion(), {}, VmKind::kJre, {{1, 3, 1, 20}}},
   };
   for (const auto& row : rows) {
     FakeProbe probe;
