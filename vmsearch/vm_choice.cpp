@@ -14,43 +14,8 @@ bool admits(uint64_t preference, int bitnessClass) {
   return bitnessClass == 1 ? preference != 3 : preference != 1;
 }
 
-// Indexes of the accepted entries, first by the order of the tokens, then by that of the sources.
-std::vector<size_t> filter(std::vector<ConsideredVm>& vms, const VmRules& rules) {
-  std::vector<size_t> accepted;
-  for (const std::wstring& token : validVmTokens(rules.validVmList)) {
-    for (size_t i = 0; i < vms.size(); ++i) {
-      if (vms[i].outcome != VmOutcome::kNotReached) continue;
-      if (!matchesToken(vms[i].candidate, token, rules)) continue;
-      vms[i].outcome = VmOutcome::kOtherBitness;
-      if (!admits(rules.preference, vms[i].candidate.bitnessClass)) continue;
-      // Until the choice is made.
-      vms[i].outcome = VmOutcome::kOutranked;
-      accepted.push_back(i);
-    }
-  }
-  for (ConsideredVm& vm : vms) {
-    if (vm.outcome == VmOutcome::kNotReached) vm.outcome = VmOutcome::kNoMatchingToken;
-  }
-  if (rules.folderRefusal) {
-    std::erase_if(accepted, [&](size_t i) {
-      if (!rules.folderRefusal(vms[i].candidate)) return false;
-      vms[i].outcome = VmOutcome::kUnsafeFolder;
-      return true;
-    });
-  }
-  return accepted;
-}
-
-}  // namespace
-
-std::vector<std::wstring> validVmTokens(const std::wstring& list) {
-  std::vector<std::wstring> tokens = split(list, L' ');
-  std::erase(tokens, std::wstring());
-  return tokens;
-}
-
-bool matchesToken(const VmCandidate& candidate, const std::wstring& token, const VmRules& rules) {
-  const std::wstring word = upperCase(token);
+// Nothing for a word that is no keyword.
+std::optional<bool> matchesKeyword(const VmCandidate& candidate, const std::wstring& word) {
   const int generation = candidate.version.generation();
   const bool isJdk = candidate.kind == VmKind::kJdk;
   const bool isJre = candidate.kind == VmKind::kJre;
@@ -66,9 +31,61 @@ bool matchesToken(const VmCandidate& candidate, const std::wstring& token, const
   if (word == L"JRE_J1") return isJre && generation <= 1;
   if (word == L"JRE_J2") return isJre && generation >= 2;
   if (word == L"MSJ") return isMsj;
+  return std::nullopt;
+}
+
+bool isRefused(const VmCandidate& candidate, const VmRules& rules) {
+  return rules.folderRefusal && rules.folderRefusal(candidate);
+}
+
+// What to record of a candidate that no token took: its folder, if that kept the validator from being asked.
+VmOutcome outcomeOfUnmatched(const VmCandidate& candidate, const VmRules& rules,
+                             const std::vector<std::wstring>& tokens) {
+  const bool validatorWanted = std::any_of(tokens.begin(), tokens.end(), [&](const std::wstring& token) {
+    return !matchesKeyword(candidate, upperCase(token));
+  });
+  return validatorWanted && isRefused(candidate, rules) ? VmOutcome::kUnsafeFolder
+                                                        : VmOutcome::kNoMatchingToken;
+}
+
+// Indexes of the accepted entries, first by the order of the tokens, then by that of the sources.
+std::vector<size_t> filter(std::vector<ConsideredVm>& vms, const VmRules& rules) {
+  std::vector<size_t> accepted;
+  const std::vector<std::wstring> tokens = validVmTokens(rules.validVmList);
+  for (const std::wstring& token : tokens) {
+    for (size_t i = 0; i < vms.size(); ++i) {
+      if (vms[i].outcome != VmOutcome::kNotReached) continue;
+      if (!matchesToken(vms[i].candidate, token, rules)) continue;
+      vms[i].outcome = VmOutcome::kOtherBitness;
+      if (!admits(rules.preference, vms[i].candidate.bitnessClass)) continue;
+      // Until the choice is made.
+      vms[i].outcome = VmOutcome::kOutranked;
+      accepted.push_back(i);
+    }
+  }
+  for (ConsideredVm& vm : vms) {
+    if (vm.outcome == VmOutcome::kNotReached) vm.outcome = outcomeOfUnmatched(vm.candidate, rules, tokens);
+  }
+  std::erase_if(accepted, [&](size_t i) {
+    if (!isRefused(vms[i].candidate, rules)) return false;
+    vms[i].outcome = VmOutcome::kUnsafeFolder;
+    return true;
+  });
+  return accepted;
+}
+
+}  // namespace
+
+std::vector<std::wstring> validVmTokens(const std::wstring& list) {
+  std::vector<std::wstring> tokens = split(list, L' ');
+  std::erase(tokens, std::wstring());
+  return tokens;
+}
+
+bool matchesToken(const VmCandidate& candidate, const std::wstring& token, const VmRules& rules) {
+  if (const std::optional<bool> answer = matchesKeyword(candidate, upperCase(token))) return *answer;
   // A validator runs the candidate, and what lies in a refused folder must not run at all.
-  if (!rules.validator || (rules.folderRefusal && rules.folderRefusal(candidate))) return false;
-  return rules.validator(candidate, token);
+  return rules.validator && !isRefused(candidate, rules) && rules.validator(candidate, token);
 }
 
 bool ranksBelow(const VmCandidate& a, const VmCandidate& b, bool singleArchitecture) {
