@@ -3,6 +3,7 @@
 #include <shellapi.h>
 
 #include <string>
+#include <string_view>
 
 #include "launcher/command_line.h"
 #include "launcher/console.h"
@@ -11,6 +12,7 @@
 #include "launcher/service.h"
 #include "launcher/switches.h"
 #include "platform/event_log_prompt.h"
+#include "platform/system_library.h"
 #include "platform/text.h"
 #include "platform/unique_handle.h"
 #include "platform/user_prompt.h"
@@ -51,13 +53,34 @@ void registerWindowClass(HINSTANCE instance) {
   RegisterClassExW(&windowClass);
 }
 
-// Every argument overwrites what the one before said, so only the last one decides.
-void applySilentArgument(Launcher& launcher) {
+// What stands behind the program, which ends as the system's own split ends it: at the second double quote,
+// or at the first blank.
+std::wstring_view argumentText(std::wstring_view commandLine) {
+  const bool quoted = commandLine.starts_with(L'"');
+  const size_t end = quoted ? commandLine.find(L'"', 1) : commandLine.find_first_of(L" \t");
+  return end == std::wstring_view::npos ? std::wstring_view() : trim(commandLine.substr(end + 1));
+}
+
+bool lastArgumentIsSilent() {
+  const UniqueModule shell = loadSystemLibrary(L"shell32.dll");
+  const auto splitCommandLine = getFunction<decltype(&CommandLineToArgvW)>(shell.get(), "CommandLineToArgvW");
+  if (splitCommandLine == nullptr) return false;
   int count = 0;
-  const UniqueLocalMemory memory(CommandLineToArgvW(GetCommandLineW(), &count));
-  if (!memory) return;
-  auto* const* arguments = static_cast<wchar_t* const*>(memory.get());
-  for (int i = 1; i < count; ++i) launcher.setSilent(equalIgnoringCase(arguments[i], switches::kSilent));
+  const UniqueLocalMemory memory(splitCommandLine(GetCommandLineW(), &count));
+  if (!memory || count < 2) return false;
+  return equalIgnoringCase(static_cast<wchar_t* const*>(memory.get())[count - 1], switches::kSilent);
+}
+
+// Every argument overwrites what the one before said, so only the last one decides. The shell's library,
+// which costs as much to load as all others together, is loaded only for a command line that can have the
+// word in it.
+void applySilentArgument(Launcher& launcher) {
+  const std::wstring_view arguments = argumentText(GetCommandLineW());
+  if (arguments.empty()) return;
+  // Double quotes within a word do not count.
+  const std::wstring letters = lowerCase(replaceAll(arguments, L"\"", L""));
+  const bool mayBeSilent = letters.find(switches::kSilent) != std::wstring::npos;
+  launcher.setSilent(mayBeSilent && lastArgumentIsSilent());
 }
 
 void launch(Launcher& launcher, HINSTANCE instance) {

@@ -3,7 +3,10 @@
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR commandLine, int) {
   STARTUPINFOW info = {};
-  info.cb = sizeof(info);
+  GetStartupInfoW(&info);
+  info.lpReserved = nullptr;
+  info.cbReserved2 = 0;
+  info.lpReserved2 = nullptr;
   PROCESS_INFORMATION started = {};
   if (!CreateProcessW(nullptr, commandLine, nullptr, nullptr, TRUE, 0, nullptr, nullptr, &info, &started))
     return 1;
