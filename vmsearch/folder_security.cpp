@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "vmsearch/security_api.h"
+#include "platform/security_api.h"
 
 namespace ryn {
 namespace {

@@ -9,8 +9,8 @@
 #include <set>
 
 #include "platform/paths.h"
+#include "platform/security_api.h"
 #include "platform/text.h"
-#include "vmsearch/security_api.h"
 
 namespace ryn {
 

@@ -1,4 +1,4 @@
-#include "vmsearch/security_api.h"
+#include "platform/security_api.h"
 
 #include <aclapi.h>
 #include <lmcons.h>
