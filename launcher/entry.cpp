@@ -63,7 +63,7 @@ std::wstring_view argumentText(std::wstring_view commandLine) {
 
 bool lastArgumentIsSilent() {
   const UniqueModule shell = loadSystemLibrary(L"shell32.dll");
-  const auto splitCommandLine = getFunction<decltype(&CommandLineToArgvW)>(shell.get(), "CommandLineToArgvW");
+  const RYN_FUNCTION(CommandLineToArgvW) splitCommandLine(shell.get());
   if (splitCommandLine == nullptr) return false;
   int count = 0;
   const UniqueLocalMemory memory(splitCommandLine(GetCommandLineW(), &count));

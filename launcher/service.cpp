@@ -73,10 +73,9 @@ ServiceRYN& ServiceRYN::current() {
 
 void ServiceRYN::startService() {
   const UniqueModule library = loadLibraryFrom(systemFolderForProcess(), L"advapi32.dll");
-  const auto startDispatcher =
-      getFunction<decltype(&::StartServiceCtrlDispatcherW)>(library.get(), "StartServiceCtrlDispatcherW");
-  registerHandler_ = getFunction<decltype(registerHandler_)>(library.get(), "RegisterServiceCtrlHandlerW");
-  setStatus_ = getFunction<decltype(setStatus_)>(library.get(), "SetServiceStatus");
+  const RYN_FUNCTION(StartServiceCtrlDispatcherW) startDispatcher(library.get());
+  registerHandler_ = RYN_FUNCTION(RegisterServiceCtrlHandlerW)(library.get());
+  setStatus_ = RYN_FUNCTION(SetServiceStatus)(library.get());
   if (startDispatcher == nullptr || registerHandler_ == nullptr || setStatus_ == nullptr) {
     throw TerminalError(L"Windows offers no service control.");
   }

@@ -12,12 +12,6 @@ namespace {
 /// Characters of the buffers for names of accounts and domains; a longer name counts as unknown.
 constexpr DWORD kNameSize = 512;
 
-template <typename Function>
-bool look(const UniqueModule& library, const char* name, Function& function) {
-  function = getFunction<Function>(library.get(), name);
-  return function != nullptr;
-}
-
 /// Owns what a function bound at run time has to free.
 template <typename Handle, typename Free>
 using Owned = std::unique_ptr<std::remove_pointer_t<Handle>, Free>;
@@ -110,26 +104,18 @@ std::optional<uint32_t> DescriptorAccessList::rightsOf(const std::wstring& accou
 
 bool AccountFunctions::bind(LibraryLoader load) {
   if (!library) library = load(L"advapi32.dll");
-  return look(library, "LookupAccountNameW", lookupAccountName) &&
-         look(library, "LookupAccountSidW", lookupAccountSid) &&
-         look(library, "AllocateAndInitializeSid", allocateSid) && look(library, "FreeSid", freeSid) &&
-         look(library, "EqualSid", equalSid) && look(library, "OpenThreadToken", openThreadToken) &&
-         look(library, "OpenProcessToken", openProcessToken) &&
-         look(library, "GetTokenInformation", getTokenInformation);
+  return bindAll(library.get(), lookupAccountName, lookupAccountSid, allocateSid, freeSid, equalSid,
+                 openThreadToken, openProcessToken, getTokenInformation);
 }
 
 bool LocalGroupFunctions::bind(LibraryLoader load) {
   if (!library) library = load(L"netapi32.dll");
-  return look(library, "NetUserGetLocalGroups", getLocalGroups) &&
-         look(library, "NetApiBufferFree", freeBuffer);
+  return bindAll(library.get(), getLocalGroups, freeBuffer);
 }
 
 bool AccessCheckFunctions::bind(LibraryLoader load) {
   if (!library) library = load(L"authz.dll");
-  return look(library, "AuthzInitializeResourceManager", createManager) &&
-         look(library, "AuthzInitializeContextFromSid", createContext) &&
-         look(library, "AuthzAccessCheck", accessCheck) && look(library, "AuthzFreeContext", freeContext) &&
-         look(library, "AuthzFreeResourceManager", freeManager);
+  return bindAll(library.get(), createManager, createContext, accessCheck, freeContext, freeManager);
 }
 
 bool WindowsSecurity::bind(SecurityLibrary library) {

@@ -6,6 +6,7 @@
 #include <lmaccess.h>
 #include <lmapibuf.h>
 
+#include "platform/bound_function.h"
 #include "platform/system_library.h"
 #include "platform/unique_handle.h"
 #include "vmsearch/folder_security.h"
@@ -18,14 +19,14 @@ using LibraryLoader = UniqueModule (*)(const std::wstring& fileName);
 /// advapi32.dll
 struct AccountFunctions {
   UniqueModule library;
-  decltype(&LookupAccountNameW) lookupAccountName = nullptr;
-  decltype(&LookupAccountSidW) lookupAccountSid = nullptr;
-  decltype(&AllocateAndInitializeSid) allocateSid = nullptr;
-  decltype(&FreeSid) freeSid = nullptr;
-  decltype(&EqualSid) equalSid = nullptr;
-  decltype(&OpenThreadToken) openThreadToken = nullptr;
-  decltype(&OpenProcessToken) openProcessToken = nullptr;
-  decltype(&GetTokenInformation) getTokenInformation = nullptr;
+  RYN_FUNCTION(LookupAccountNameW) lookupAccountName;
+  RYN_FUNCTION(LookupAccountSidW) lookupAccountSid;
+  RYN_FUNCTION(AllocateAndInitializeSid) allocateSid;
+  RYN_FUNCTION(FreeSid) freeSid;
+  RYN_FUNCTION(EqualSid) equalSid;
+  RYN_FUNCTION(OpenThreadToken) openThreadToken;
+  RYN_FUNCTION(OpenProcessToken) openProcessToken;
+  RYN_FUNCTION(GetTokenInformation) getTokenInformation;
 
   bool bind(LibraryLoader load);
 };
@@ -33,8 +34,8 @@ struct AccountFunctions {
 /// netapi32.dll
 struct LocalGroupFunctions {
   UniqueModule library;
-  decltype(&NetUserGetLocalGroups) getLocalGroups = nullptr;
-  decltype(&NetApiBufferFree) freeBuffer = nullptr;
+  RYN_FUNCTION(NetUserGetLocalGroups) getLocalGroups;
+  RYN_FUNCTION(NetApiBufferFree) freeBuffer;
 
   bool bind(LibraryLoader load);
 };
@@ -42,11 +43,11 @@ struct LocalGroupFunctions {
 /// authz.dll
 struct AccessCheckFunctions {
   UniqueModule library;
-  decltype(&AuthzInitializeResourceManager) createManager = nullptr;
-  decltype(&AuthzInitializeContextFromSid) createContext = nullptr;
-  decltype(&AuthzAccessCheck) accessCheck = nullptr;
-  decltype(&AuthzFreeContext) freeContext = nullptr;
-  decltype(&AuthzFreeResourceManager) freeManager = nullptr;
+  RYN_FUNCTION(AuthzInitializeResourceManager) createManager;
+  RYN_FUNCTION(AuthzInitializeContextFromSid) createContext;
+  RYN_FUNCTION(AuthzAccessCheck) accessCheck;
+  RYN_FUNCTION(AuthzFreeContext) freeContext;
+  RYN_FUNCTION(AuthzFreeResourceManager) freeManager;
 
   bool bind(LibraryLoader load);
 };

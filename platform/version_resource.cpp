@@ -13,15 +13,13 @@ FourPartVersion words(DWORD most, DWORD least) {
 
 }  // namespace
 
-VersionReader::VersionReader() : library_(loadSystemLibrary(L"version.dll")) {
-  getSize_ = getFunction<decltype(getSize_)>(library_.get(), "GetFileVersionInfoSizeW");
-  getInfo_ = getFunction<decltype(getInfo_)>(library_.get(), "GetFileVersionInfoW");
-  queryValue_ = getFunction<decltype(queryValue_)>(library_.get(), "VerQueryValueW");
-}
+VersionReader::VersionReader()
+    : library_(loadSystemLibrary(L"version.dll")),
+      complete_(bindAll(library_.get(), getSize_, getInfo_, queryValue_)) {}
 
 VersionResource VersionReader::read(const std::wstring& path) const {
   VersionResource result;
-  if (getSize_ == nullptr || getInfo_ == nullptr || queryValue_ == nullptr) return result;
+  if (!complete_) return result;
 
   DWORD ignored = 0;
   const DWORD sizeBytes = getSize_(path.c_str(), &ignored);

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/bound_function.h"
 #include "platform/unique_handle.h"
 
 namespace ryn {
@@ -34,9 +35,10 @@ class VersionReader {
 
  private:
   UniqueModule library_;
-  decltype(&GetFileVersionInfoSizeW) getSize_ = nullptr;
-  decltype(&GetFileVersionInfoW) getInfo_ = nullptr;
-  decltype(&VerQueryValueW) queryValue_ = nullptr;
+  RYN_FUNCTION(GetFileVersionInfoSizeW) getSize_;
+  RYN_FUNCTION(GetFileVersionInfoW) getInfo_;
+  RYN_FUNCTION(VerQueryValueW) queryValue_;
+  bool complete_;
 };
 
 }  // namespace ryn

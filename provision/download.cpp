@@ -27,32 +27,21 @@ using InternetHandle = std::unique_ptr<void, decltype(&InternetCloseHandle)>;
 
 /// The functions of wininet.dll, which most launches never need.
 struct WinInet {
-  decltype(&InternetOpenW) open = nullptr;
-  decltype(&InternetOpenUrlW) openUrl = nullptr;
-  decltype(&InternetConnectW) connect = nullptr;
-  decltype(&FtpOpenFileW) ftpOpenFile = nullptr;
-  decltype(&HttpQueryInfoW) httpQueryInfo = nullptr;
-  decltype(&InternetReadFile) readFile = nullptr;
-  decltype(&InternetCloseHandle) closeHandle = nullptr;
-  decltype(&InternetCrackUrlW) crackUrl = nullptr;
-  decltype(&FtpGetFileSize) ftpGetFileSize = nullptr;
+  RYN_FUNCTION(InternetOpenW) open;
+  RYN_FUNCTION(InternetOpenUrlW) openUrl;
+  RYN_FUNCTION(InternetConnectW) connect;
+  RYN_FUNCTION(FtpOpenFileW) ftpOpenFile;
+  RYN_FUNCTION(HttpQueryInfoW) httpQueryInfo;
+  RYN_FUNCTION(InternetReadFile) readFile;
+  RYN_FUNCTION(InternetCloseHandle) closeHandle;
+  RYN_FUNCTION(InternetCrackUrlW) crackUrl;
+  RYN_FUNCTION(FtpGetFileSize) ftpGetFileSize;
 
   /// False when the library or one of the functions cannot be had.
   bool load() {
     UniqueModule library = loadSystemLibrary(L"wininet.dll");
-    const HMODULE module = library.get();
-    open = getFunction<decltype(open)>(module, "InternetOpenW");
-    openUrl = getFunction<decltype(openUrl)>(module, "InternetOpenUrlW");
-    connect = getFunction<decltype(connect)>(module, "InternetConnectW");
-    ftpOpenFile = getFunction<decltype(ftpOpenFile)>(module, "FtpOpenFileW");
-    httpQueryInfo = getFunction<decltype(httpQueryInfo)>(module, "HttpQueryInfoW");
-    readFile = getFunction<decltype(readFile)>(module, "InternetReadFile");
-    closeHandle = getFunction<decltype(closeHandle)>(module, "InternetCloseHandle");
-    crackUrl = getFunction<decltype(crackUrl)>(module, "InternetCrackUrlW");
-    ftpGetFileSize = getFunction<decltype(ftpGetFileSize)>(module, "FtpGetFileSize");
-    if (open == nullptr || openUrl == nullptr || connect == nullptr || ftpOpenFile == nullptr ||
-        httpQueryInfo == nullptr || readFile == nullptr || closeHandle == nullptr || crackUrl == nullptr ||
-        ftpGetFileSize == nullptr) {
+    if (!bindAll(library.get(), open, openUrl, connect, ftpOpenFile, httpQueryInfo, readFile, closeHandle,
+                 crackUrl, ftpGetFileSize)) {
       return false;
     }
     // It stays for the rest of the process: its own threads may outlive a transfer.
@@ -269,8 +258,7 @@ class Download {
   void prepareDialog(HWND dialog) {
     dialog_ = dialog;
     commonControls_ = loadSystemLibrary(L"comctl32.dll");
-    const auto initialise =
-        getFunction<decltype(&InitCommonControlsEx)>(commonControls_.get(), "InitCommonControlsEx");
+    const RYN_FUNCTION(InitCommonControlsEx) initialise(commonControls_.get());
     const INITCOMMONCONTROLSEX classes = {sizeof(classes), ICC_PROGRESS_CLASS};
     if (initialise != nullptr) initialise(&classes);
 

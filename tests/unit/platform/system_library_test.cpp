@@ -37,9 +37,12 @@ TEST(SystemLibraryTest, FindsLibrariesAndFunctions) {
   const UniqueModule library = loadSystemLibrary(L"version.dll");
   EXPECT_TRUE(equalIgnoringCase(pathOf(library), joinPath(systemFolder(), L"version.dll")));
   EXPECT_EQ(systemFolderForProcess(), systemFolder());
-  EXPECT_NE(getKernelFunction<decltype(&GetTickCount)>("GetTickCount"), nullptr);
-  EXPECT_EQ(getKernelFunction<decltype(&GetTickCount)>("GetTickCountOfNobody"), nullptr);
-  EXPECT_EQ(getFunction<decltype(&GetTickCount)>(nullptr, "GetTickCount"), nullptr);
+  RYN_FUNCTION(GetTickCount) present(kernelLibrary());
+  EXPECT_EQ(present, &GetTickCount);
+  RYN_FUNCTION(MessageBoxW) elsewhere(kernelLibrary());
+  EXPECT_FALSE(elsewhere);
+  EXPECT_FALSE(bindAll(kernelLibrary(), present, elsewhere));
+  EXPECT_FALSE(present.bind(nullptr));
 }
 
 TEST(SystemLibraryTest, LoadsNothingThatIsPlanted) {

@@ -12,6 +12,8 @@
 #include "platform/security_api.h"
 #include "platform/text.h"
 
+extern "C" int fakeLiveObjects();
+
 namespace ryn {
 
 void PrintTo(FolderVerdict verdict, std::ostream* out) {
@@ -300,8 +302,8 @@ UniqueModule loadIncomplete(const std::wstring& fileName) {
 
 int liveObjects(const wchar_t* fileName) {
   const UniqueModule library = loadFakes(fileName);
-  const auto count = getFunction<int (*)()>(library.get(), "fakeLiveObjects");
-  return count == nullptr ? -1 : count();
+  const RYN_FUNCTION(fakeLiveObjects) count(library.get());
+  return count ? count() : -1;
 }
 
 UniqueLocalMemory fromSddl(const std::wstring& text) {
