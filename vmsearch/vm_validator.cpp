@@ -1,25 +1,16 @@
 #include "vmsearch/vm_validator.h"
 
-#include <algorithm>
-#include <cstddef>
-#include <optional>
-#include <vector>
-
+#include "platform/child_process.h"
 #include "platform/files.h"
 #include "platform/output.h"
 #include "platform/paths.h"
 #include "platform/text.h"
-#include "platform/unique_handle.h"
 
 namespace ryn {
 namespace {
 
 constexpr wchar_t kJar[] = L"jvmspecs\\Verify.jar";
 constexpr wchar_t kMainClass[] = L"com.vantu.util.jvm.Validator";
-constexpr DWORD kPipeSize = 65536;
-constexpr DWORD kDrainIntervalMs = 10;
-// What is kept of the output; a validator may say more.
-constexpr size_t kKeptOutput = 1024;
 
 // The program of `candidate` that waits for Java and has an output; empty when there is none.
 std::wstring consoleExecutable(const VmCandidate& candidate) {
@@ -48,96 +39,6 @@ std::wstring commandLine(const std::wstring& executable, const std::wstring& jar
                  std::wstring(backslashes, L'\\'), L"\""});
 }
 
-// The list of attributes by which a process inherits `handle` and nothing else.
-class InheritOnly {
- public:
-  explicit InheritOnly(HANDLE handle) : handle_(handle) {
-    SIZE_T size = 0;
-    InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
-    memory_.resize(size);
-    auto* list = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(memory_.data());
-    if (!InitializeProcThreadAttributeList(list, 1, 0, &size)) return;
-    list_ = list;
-    complete_ = UpdateProcThreadAttribute(list, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, &handle_,
-                                          sizeof(handle_), nullptr, nullptr);
-  }
-  InheritOnly(const InheritOnly&) = delete;
-  InheritOnly& operator=(const InheritOnly&) = delete;
-  ~InheritOnly() {
-    if (list_ != nullptr) DeleteProcThreadAttributeList(list_);
-  }
-
-  // Null when the system refused it.
-  LPPROC_THREAD_ATTRIBUTE_LIST get() const { return complete_ ? list_ : nullptr; }
-
- private:
-  HANDLE handle_;
-  std::vector<std::byte> memory_;
-  LPPROC_THREAD_ATTRIBUTE_LIST list_ = nullptr;
-  bool complete_ = false;
-};
-
-// A process without a window whose standard output is `output`; null when it cannot be started.
-UniqueHandle start(const std::wstring& executable, std::wstring command, HANDLE output) {
-  SetHandleInformation(output, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
-  const InheritOnly attributes(output);
-  if (attributes.get() == nullptr) return UniqueHandle();
-  STARTUPINFOEXW info = {};
-  info.StartupInfo.cb = sizeof(info);
-  info.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
-  info.StartupInfo.hStdOutput = output;
-  info.StartupInfo.hStdError = output;
-  info.lpAttributeList = attributes.get();
-  PROCESS_INFORMATION started = {};
-  if (!CreateProcessW(executable.c_str(), command.data(), nullptr, nullptr, TRUE,
-                      CREATE_NO_WINDOW | EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr, &info.StartupInfo,
-                      &started)) {
-    return UniqueHandle();
-  }
-  const UniqueHandle thread(started.hThread);
-  return UniqueHandle(started.hProcess);
-}
-
-// Takes what the pipe holds now, about its size at most. It never waits: a child of the process could keep
-// the pipe open for ever.
-void drain(HANDLE pipe, std::string& kept) {
-  char buffer[4096];
-  DWORD available = 0;
-  for (DWORD taken = 0; taken < kPipeSize;) {
-    if (!PeekNamedPipe(pipe, nullptr, 0, nullptr, &available, nullptr) || available == 0) return;
-    DWORD count = 0;
-    if (!ReadFile(pipe, buffer, sizeof(buffer), &count, nullptr)) return;
-    kept.append(buffer, std::min<size_t>(count, kKeptOutput - kept.size()));
-    taken += count;
-  }
-}
-
-// Exit code of the process; nothing when it did not start or did not end in time.
-std::optional<DWORD> runProcess(const std::wstring& executable, std::wstring command, DWORD limitMs,
-                                std::string& output) {
-  const ULONGLONG begin = GetTickCount64();
-  UniqueHandle readEnd;
-  UniqueHandle writeEnd;
-  if (!CreatePipe(readEnd.receive(), writeEnd.receive(), nullptr, kPipeSize)) return std::nullopt;
-  const UniqueHandle process = start(executable, std::move(command), writeEnd.get());
-  if (!process) return std::nullopt;
-  writeEnd.reset();
-
-  // A process whose output nobody takes stops once the pipe is full.
-  for (;;) {
-    drain(readEnd.get(), output);
-    if (WaitForSingleObject(process.get(), kDrainIntervalMs) == WAIT_OBJECT_0) break;
-    if (GetTickCount64() - begin >= limitMs) {
-      TerminateProcess(process.get(), 1);
-      return std::nullopt;
-    }
-  }
-  drain(readEnd.get(), output);
-  DWORD exitCode = 0;
-  if (!GetExitCodeProcess(process.get(), &exitCode)) return std::nullopt;
-  return exitCode;
-}
-
 }  // namespace
 
 VmValidator::VmValidator(const std::wstring& applicationFolder, DWORD limitMs)
@@ -149,12 +50,11 @@ bool VmValidator::accepts(const VmCandidate& candidate, const std::wstring& toke
 
   const auto [answer, isNew] = answers_.try_emplace(upperCase(executable) + L"\"" + token, false);
   if (!isNew) return answer->second;
-  std::string output;
-  const std::optional<DWORD> exitCode =
-      runProcess(executable, commandLine(executable, jar_, token), limitMs_, output);
-  answer->second = exitCode == DWORD{0};
+  const ChildResult child = runChild(executable, commandLine(executable, jar_, token), limitMs_);
+  const bool ended = child.end == ChildEnd::kEnded;
+  answer->second = ended && child.exitCode == 0;
 
-  const std::wstring text = exitCode ? fromUtf8(output) : L"no answer";
+  const std::wstring text = ended ? fromUtf8(child.output) : L"no answer";
   writeError(concat({L"validator: ", token, L", ", executable, L": "}));
   writeError(trim(text));
   writeError(L"\n");
