@@ -1,7 +1,5 @@
 #include "vmsearch/folder_security.h"
 
-#include <windows.h>
-
 #include "platform/security_api.h"
 
 namespace ryn {
@@ -12,9 +10,9 @@ constexpr wchar_t kUsers[] = L"Users";
 constexpr wchar_t kAdministrators[] = L"Administrators";
 
 /// Kept for the life of the process, so that the libraries are bound once.
-WindowsSecurity& windowsSecurity() {
-  static WindowsSecurity security;
-  return security;
+SecurityApi& systemApi() {
+  static SecurityApi api;
+  return api;
 }
 
 }  // namespace
@@ -24,6 +22,13 @@ bool holdsAdministrators(const std::vector<TokenGroup>& groups) {
     if (group.isAdministrators) return (group.attributes & SE_GROUP_USE_FOR_DENY_ONLY) == 0;
   }
   return false;
+}
+
+std::optional<bool> isAdministrator(const TokenReading& token) {
+  if (token.opened) return holdsAdministrators(token.groups);
+  if (token.error == ERROR_NO_TOKEN) return std::nullopt;
+  // A Windows without tokens has no accounts to tell apart: everyone may do everything.
+  return token.error == ERROR_CALL_NOT_IMPLEMENTED;
 }
 
 bool isRiskyMember(const std::vector<std::wstring>& localGroups) {
@@ -40,45 +45,42 @@ bool permitsWriting(uint32_t rights) {
   return (rights & FILE_GENERIC_WRITE) == FILE_GENERIC_WRITE || (rights & (GENERIC_ALL | GENERIC_WRITE)) != 0;
 }
 
-bool isCurrentUserAdministrator(SecuritySystem& system) {
-  if (!system.bind(SecurityLibrary::kAccounts)) return false;
-  TokenReading token = system.readToken(TokenOwner::kThread);
-  if (!token.opened && token.error == ERROR_NO_TOKEN) token = system.readToken(TokenOwner::kProcess);
-  // A Windows without tokens has no accounts to tell apart: everyone may do everything.
-  if (!token.opened) return token.error == ERROR_CALL_NOT_IMPLEMENTED;
-  return holdsAdministrators(token.groups);
+bool isCurrentUserAdministrator(SecurityApi& api) {
+  if (!api.bind(SecurityLibrary::kAccounts)) return false;
+  const std::optional<bool> answer = isAdministrator(api.readToken(TokenOwner::kThread));
+  return answer ? *answer : isAdministrator(api.readToken(TokenOwner::kProcess)).value_or(false);
 }
 
-FolderVerdict judgeAccessList(SecuritySystem& system, const AccessList& list) {
-  for (size_t entry = 0; entry < list.entryCount(); ++entry) {
-    const std::optional<Account> account = list.account(entry);
+FolderVerdict judgeAccessList(SecurityApi& api, const AccessList& list) {
+  for (DWORD entry = 0; entry < list.entries->AceCount; ++entry) {
+    const std::optional<Account> account = api.account(list, entry);
     if (!account) continue;
     bool risky = account->name == kUsers;
     if (account->isUser) {
-      if (!system.bind(SecurityLibrary::kLocalGroups)) return FolderVerdict::kNotChecked;
-      risky = isRiskyMember(system.localGroups(account->fullName())) || risky;
+      if (!api.bind(SecurityLibrary::kLocalGroups)) return FolderVerdict::kNotChecked;
+      risky = isRiskyMember(api.localGroups(account->fullName())) || risky;
     }
     if (!risky) continue;
-    if (!system.bind(SecurityLibrary::kAccessCheck)) return FolderVerdict::kNotChecked;
+    if (!api.bind(SecurityLibrary::kAccessCheck)) return FolderVerdict::kNotChecked;
     // The entry alone does not tell: others of the list may take away or add to what it grants.
-    const std::optional<uint32_t> rights = list.rightsOf(account->fullName());
+    const std::optional<uint32_t> rights = api.rightsOf(account->fullName(), list);
     if (rights && permitsWriting(*rights)) return FolderVerdict::kUnsafe;
   }
   return FolderVerdict::kSafe;
 }
 
-FolderVerdict checkVmFolder(SecuritySystem& system, const std::wstring& folder) {
-  if (!system.bind(SecurityLibrary::kAccounts)) return FolderVerdict::kNotChecked;
-  const std::unique_ptr<AccessList> list = system.readAccessList(folder);
-  return list ? judgeAccessList(system, *list) : FolderVerdict::kNotChecked;
+FolderVerdict checkVmFolder(SecurityApi& api, const std::wstring& folder) {
+  if (!api.bind(SecurityLibrary::kAccounts)) return FolderVerdict::kNotChecked;
+  const std::optional<AccessList> list = readAccessList(folder);
+  return list ? judgeAccessList(api, *list) : FolderVerdict::kNotChecked;
 }
 
 bool isCurrentUserAdministrator() {
-  return isCurrentUserAdministrator(windowsSecurity());
+  return isCurrentUserAdministrator(systemApi());
 }
 
 FolderVerdict checkVmFolder(const std::wstring& folder) {
-  return checkVmFolder(windowsSecurity(), folder);
+  return checkVmFolder(systemApi(), folder);
 }
 
 bool refusesVmFolder(const std::wstring& folder) {

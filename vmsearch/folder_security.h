@@ -1,8 +1,6 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,6 +9,11 @@
 // have replaced: is the folder that holds the VM's executable open to people who are no administrators?
 
 namespace ryn {
+
+class SecurityApi;
+struct AccessList;
+struct TokenGroup;
+struct TokenReading;
 
 enum class FolderVerdict {
   kSafe = 0,
@@ -29,72 +32,11 @@ FolderVerdict checkVmFolder(const std::wstring& folder);
 /// True when the current user is an administrator and must not start a VM from `folder`.
 bool refusesVmFolder(const std::wstring& folder);
 
-// What follows is the decision behind these functions and what it asks the system.
+// What follows is the decision behind these functions.
 
-/// One group of a token.
-struct TokenGroup {
-  bool isAdministrators = false;
-  /// SE_GROUP_... bits.
-  uint32_t attributes = 0;
-};
-
-/// An attempt to open a token for query and to list its groups.
-struct TokenReading {
-  bool opened = false;
-  /// Windows error when the token could not be opened.
-  uint32_t error = 0;
-  /// Empty when they could not be read.
-  std::vector<TokenGroup> groups;
-};
-
-/// The account behind an access list's entry.
-struct Account {
-  std::wstring domain;
-  std::wstring name;
-  /// A person's account, not a group, an alias or a well-known group.
-  bool isUser = false;
-
-  std::wstring fullName() const { return domain + L"\\" + name; }
-};
-
-/// The access list of one folder, as it was when it was read.
-class AccessList {
- public:
-  virtual ~AccessList() = default;
-
-  virtual size_t entryCount() const = 0;
-
-  /// Nothing when the system knows no account for the entry. Needs SecurityLibrary::kAccounts.
-  virtual std::optional<Account> account(size_t entry) const = 0;
-
-  /// All rights (an access mask) that the account of that name ends up with under this list; nothing
-  /// when they cannot be told. Needs SecurityLibrary::kAccessCheck.
-  virtual std::optional<uint32_t> rightsOf(const std::wstring& accountName) const = 0;
-};
-
-/// Libraries that an old or cut-down Windows can lack.
-enum class SecurityLibrary { kAccounts, kLocalGroups, kAccessCheck };
-
-enum class TokenOwner { kThread, kProcess };
-
-/// What the check asks of the system; nothing here throws.
-class SecuritySystem {
- public:
-  virtual ~SecuritySystem() = default;
-
-  /// False when the library or one of its functions is missing. Cheap after the first success.
-  virtual bool bind(SecurityLibrary library) = 0;
-
-  /// Needs SecurityLibrary::kAccounts.
-  virtual TokenReading readToken(TokenOwner owner) const = 0;
-
-  /// Null when the folder cannot be opened or has no access list that can be read.
-  virtual std::unique_ptr<AccessList> readAccessList(const std::wstring& folder) const = 0;
-
-  /// The local groups of an account, also those it is in through other groups; empty when they
-  /// cannot be had. Needs SecurityLibrary::kLocalGroups.
-  virtual std::vector<std::wstring> localGroups(const std::wstring& accountName) const = 0;
-};
+/// What an attempt to read a token says of its user; nothing when there is no such token and another one
+/// counts.
+std::optional<bool> isAdministrator(const TokenReading& token);
 
 /// The first Administrators group decides: present but deny-only (a filtered token) is no administrator.
 bool holdsAdministrators(const std::vector<TokenGroup>& groups);
@@ -106,9 +48,9 @@ bool isRiskyMember(const std::vector<std::wstring>& localGroups);
 /// of either.
 bool permitsWriting(uint32_t rights);
 
-bool isCurrentUserAdministrator(SecuritySystem& system);
-FolderVerdict checkVmFolder(SecuritySystem& system, const std::wstring& folder);
+bool isCurrentUserAdministrator(SecurityApi& api);
+FolderVerdict checkVmFolder(SecurityApi& api, const std::wstring& folder);
 /// Needs SecurityLibrary::kAccounts bound.
-FolderVerdict judgeAccessList(SecuritySystem& system, const AccessList& list);
+FolderVerdict judgeAccessList(SecurityApi& api, const AccessList& list);
 
 }  // namespace ryn
