@@ -153,7 +153,12 @@ std::optional<uint32_t> SecurityApi::rightsOf(const std::wstring& accountName, c
                                                                                           freeManager_);
 
   AUTHZ_CLIENT_CONTEXT_HANDLE newContext = nullptr;
-  if (!createContext_(0, sid, manager.get(), nullptr, LUID{}, nullptr, &newContext)) {
+  const auto createContext = [&](DWORD flags) {
+    return createContext_(flags, sid, manager.get(), nullptr, LUID{}, nullptr, &newContext) != FALSE;
+  };
+  // Windows works the groups of users and computers out and refuses any other account. Who may not read a
+  // user's groups, say in a domain, is refused, too; then what the account holds by itself has to do.
+  if (!(use == SidTypeUser && createContext(0)) && !createContext(AUTHZ_SKIP_TOKEN_GROUPS)) {
     return std::nullopt;
   }
   // Freed before the manager it was made from.

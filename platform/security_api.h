@@ -88,8 +88,8 @@ class SecurityApi {
   std::vector<std::wstring> localGroups(const std::wstring& accountName) const;
 
   /// All rights (an access mask) that the account of that name ends up with under the list; nothing when they
-  /// cannot be told. Groups of the account count where Windows can work them out, which it does for persons
-  /// only. Needs SecurityLibrary::kAccounts and kAccessCheck.
+  /// cannot be told. The groups of the account count when it is a user's and they can be had, else only the
+  /// entries that name the account itself. Needs SecurityLibrary::kAccounts and kAccessCheck.
   std::optional<uint32_t> rightsOf(const std::wstring& accountName, const AccessList& list) const;
 
  private:

@@ -87,6 +87,7 @@ TEST(FolderSecurityTest, JudgesAccessLists) {
     const wchar_t* groups = L"";
     const wchar_t* missing = nullptr;
     const wchar_t* owner = L"O:BA";
+    const wchar_t* hiddenGroups = L"";
   } rows[] = {
       {L"", kSafe},
       {L"(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)", kSafe},
@@ -106,8 +107,12 @@ TEST(FolderSecurityTest, JudgesAccessLists) {
       {L"(A;;FA;;;%)", kSafe},
       // Groups are not asked for their groups.
       {L"(A;;FA;;;BA)(A;;FA;;;SY)", kSafe, L"Users"},
-      // What the entries come to together counts.
+      // What the entries come to together counts; that of a group, or of a person whose groups cannot be had,
+      // by itself.
       {L"(A;;0x1200a9;;;%)(A;;FW;;;WD)", kUnsafe, L"Users"},
+      {L"(A;;0x1200a9;;;BU)(A;;FW;;;WD)", kSafe},
+      {L"(A;;0x1200a9;;;%)(A;;FW;;;WD)", kSafe, L"Users", nullptr, L"O:BA", L"hidden"},
+      {L"(A;;FA;;;%)", kUnsafe, L"Users", nullptr, L"O:BA", L"hidden"},
       // Rights that cannot be told: the check refuses a descriptor without owner.
       {L"(A;;FA;;;BU)", kSafe, L"", nullptr, L""},
       // What is missing matters when it is needed.
@@ -119,6 +124,7 @@ TEST(FolderSecurityTest, JudgesAccessLists) {
   const std::wstring self = ownSid();
   for (const auto& row : rows) {
     const ScopedVariable groups(L"RYN_TEST_GROUPS", row.groups);
+    const ScopedVariable hidden(L"RYN_TEST_HIDDEN_GROUPS", row.hiddenGroups);
     missingLibrary = row.missing;
     SecurityApi api(&loadFakes);
     ASSERT_TRUE(api.bind(SecurityLibrary::kAccounts));
