@@ -1,5 +1,7 @@
 #include "vmsearch/folder_security.h"
 
+#include <map>
+
 #include "platform/security_api.h"
 
 namespace ryn {
@@ -80,7 +82,15 @@ bool isCurrentUserAdministrator() {
 }
 
 FolderVerdict checkVmFolder(const std::wstring& folder) {
-  return checkVmFolder(systemApi(), folder);
+  // Whether unsafe. By the text as it comes: there are folders whose names differ in letter case only.
+  static std::map<std::wstring, bool> known;
+  if (const auto found = known.find(folder); found != known.end()) {
+    return found->second ? FolderVerdict::kUnsafe : FolderVerdict::kSafe;
+  }
+  const FolderVerdict verdict = checkVmFolder(systemApi(), folder);
+  // A folder that could not be opened may be one that is still to be made, or that somebody holds open.
+  if (verdict != FolderVerdict::kNotChecked) known.emplace(folder, verdict == FolderVerdict::kUnsafe);
+  return verdict;
 }
 
 bool refusesVmFolder(const std::wstring& folder) {

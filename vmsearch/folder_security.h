@@ -27,6 +27,8 @@ enum class FolderVerdict {
 /// Administrators group. False also when that cannot be told.
 bool isCurrentUserAdministrator();
 
+/// "Safe" and "unsafe" are remembered for the life of the process: one VM is looked at several times on its
+/// way to the start, and an account of a domain is asked about over the network.
 FolderVerdict checkVmFolder(const std::wstring& folder);
 
 /// True when the current user is an administrator and must not start a VM from `folder`.

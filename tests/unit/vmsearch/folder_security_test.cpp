@@ -9,6 +9,7 @@
 #include "platform/security_api.h"
 #include "platform/text.h"
 #include "tests/unit/support/process_state.h"
+#include "tests/unit/support/temp_folder.h"
 
 extern "C" int fakeLiveObjects();
 
@@ -167,6 +168,17 @@ TEST(FolderSecurityTest, ReadsAFolderAndLetsItGo) {
                                          FILE_FLAG_BACKUP_SEMANTICS, nullptr));
   ASSERT_TRUE(exclusive);
   EXPECT_EQ(checkVmFolder(api, folder), kNotChecked);
+}
+
+TEST(FolderSecurityTest, RemembersWhatItCouldCheck) {
+  const test::TempFolder temp;
+  const std::wstring folder = temp.at(L"vm");
+  EXPECT_EQ(checkVmFolder(folder), FolderVerdict::kNotChecked);
+  temp.makeFolder(L"vm");
+  const FolderVerdict verdict = checkVmFolder(folder);
+  EXPECT_NE(verdict, FolderVerdict::kNotChecked);
+  ASSERT_TRUE(RemoveDirectoryW(folder.c_str()));
+  EXPECT_EQ(checkVmFolder(folder), verdict);
 }
 
 TEST(FolderSecurityTest, DenyOnlyAdministratorsAreNone) {
