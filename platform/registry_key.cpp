@@ -13,65 +13,97 @@ std::wstring systemErrorText(DWORD error) {
   return std::wstring(text, length);
 }
 
+constexpr wchar_t kNotOpen[] = L"key not open";
+
+/// Null when `text` was read, else what is wrong.
+const wchar_t* readText(HKEY key, const std::wstring& name, std::wstring& text) {
+  if (key == nullptr) return kNotOpen;
+  BYTE data[512];
+  DWORD sizeBytes = sizeof(data);
+  DWORD type = REG_NONE;
+  if (RegQueryValueExW(key, name.c_str(), nullptr, &type, data, &sizeBytes) != ERROR_SUCCESS) {
+    return L"key query failed";
+  }
+  if (type != REG_SZ && type != REG_EXPAND_SZ && type != REG_MULTI_SZ) return L"value not a string";
+  for (DWORD i = 0; i < sizeBytes; ++i) {
+    if (data[i] != 0) text.push_back(data[i]);
+  }
+  return nullptr;
+}
+
+/// Windows error.
+LSTATUS openKey(HKEY root, const std::wstring& subkey, REGSAM access, UniqueHkey& key) {
+  if (RegOpenKeyExW(root, subkey.c_str(), 0, access, key.receive()) == ERROR_SUCCESS) return ERROR_SUCCESS;
+
+  // Some keys grant no more than looking at values and subkeys; the view bits are dropped with the
+  // rest, because a key that exists in one view only is better than none.
+  static constexpr REGSAM kLeastAccess = KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS;
+  LSTATUS status = RegOpenKeyExW(root, subkey.c_str(), 0, kLeastAccess, key.receive());
+  if (status == ERROR_SUCCESS) return status;
+
+  // Last, the remote registry interface of this machine itself, which takes predefined roots only.
+  UniqueHkey connected;
+  if (RegConnectRegistryW(nullptr, root, connected.receive()) == ERROR_SUCCESS) {
+    status = RegOpenKeyExW(connected.get(), subkey.c_str(), 0, access, key.receive());
+    // On one's own machine Windows connects a predefined root to itself; such a handle stays open.
+    if (connected.get() == root) connected.release();
+  }
+  return status;
+}
+
+void openOrThrow(HKEY root, const std::wstring& subkey, REGSAM access, UniqueHkey& key) {
+  const LSTATUS status = openKey(root, subkey, access, key);
+  if (status != ERROR_SUCCESS) throw KeyException(systemErrorText(static_cast<DWORD>(status)), subkey);
+}
+
 }  // namespace
 
 RegistryKey::RegistryKey(const std::wstring& subkey, REGSAM access)
     : RegistryKey(HKEY_LOCAL_MACHINE, subkey, access) {}
 
 RegistryKey::RegistryKey(HKEY root, const std::wstring& subkey, REGSAM access) : path_(subkey) {
-  open(root, subkey, access);
+  openOrThrow(root, subkey, access, handle_);
 }
 
 RegistryKey::RegistryKey(const RegistryKey& parent, const std::wstring& subkey)
     : path_(parent.path() + L"\\" + subkey) {
   // A closed parent's null handle would make the system open something else.
-  if (parent.handle() == nullptr) throw KeyException(L"key not open", L"");
-  open(parent.handle(), subkey, KEY_READ);
+  if (!parent.handle_) throw KeyException(kNotOpen, L"");
+  openOrThrow(parent.handle(), subkey, KEY_READ, handle_);
 }
 
-void RegistryKey::open(HKEY root, const std::wstring& subkey, REGSAM access) {
-  if (RegOpenKeyExW(root, subkey.c_str(), 0, access, handle_.receive()) == ERROR_SUCCESS) return;
+std::optional<RegistryKey> RegistryKey::tryOpen(const std::wstring& subkey, REGSAM access) {
+  return tryOpen(HKEY_LOCAL_MACHINE, subkey, access);
+}
 
-  // Some keys grant no more than looking at values and subkeys; the view bits are dropped with the
-  // rest, because a key that exists in one view only is better than none.
-  static constexpr REGSAM kLeastAccess = KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS;
-  LSTATUS status = RegOpenKeyExW(root, subkey.c_str(), 0, kLeastAccess, handle_.receive());
-  if (status == ERROR_SUCCESS) return;
+std::optional<RegistryKey> RegistryKey::tryOpen(HKEY root, const std::wstring& subkey, REGSAM access) {
+  UniqueHkey key;
+  if (openKey(root, subkey, access, key) != ERROR_SUCCESS) return std::nullopt;
+  return RegistryKey(subkey, std::move(key));
+}
 
-  // Last, the remote registry interface of this machine itself, which takes predefined roots only.
-  UniqueHkey connected;
-  if (RegConnectRegistryW(nullptr, root, connected.receive()) == ERROR_SUCCESS) {
-    status = RegOpenKeyExW(connected.get(), subkey.c_str(), 0, access, handle_.receive());
-    // On one's own machine Windows connects a predefined root to itself; such a handle stays open.
-    if (connected.get() == root) connected.release();
-    if (status == ERROR_SUCCESS) return;
-  }
-  // The registry calls return their error and leave the thread's last error alone.
-  SetLastError(static_cast<DWORD>(status));
-  throw KeyException(systemErrorText(GetLastError()), subkey);
+std::optional<RegistryKey> RegistryKey::tryOpen(const RegistryKey& parent, const std::wstring& subkey) {
+  UniqueHkey key;
+  if (!parent.handle_ || openKey(parent.handle(), subkey, KEY_READ, key) != ERROR_SUCCESS)
+    return std::nullopt;
+  return RegistryKey(parent.path() + L"\\" + subkey, std::move(key));
 }
 
 std::wstring RegistryKey::queryString(const std::wstring& name) const {
-  if (!handle_) throw KeyException(L"key not open", L"");
-
-  BYTE data[512];
-  DWORD sizeBytes = sizeof(data);
-  DWORD type = REG_NONE;
-  if (RegQueryValueExW(handle_.get(), name.c_str(), nullptr, &type, data, &sizeBytes) != ERROR_SUCCESS) {
-    throw KeyException(L"key query failed", path_);
-  }
-  if (type != REG_SZ && type != REG_EXPAND_SZ && type != REG_MULTI_SZ) {
-    throw KeyException(L"value not a string", path_);
-  }
   std::wstring text;
-  for (DWORD i = 0; i < sizeBytes; ++i) {
-    if (data[i] != 0) text.push_back(data[i]);
-  }
+  const wchar_t* const failure = readText(handle_.get(), name, text);
+  if (failure != nullptr) throw KeyException(failure, handle_ ? path_ : std::wstring());
+  return text;
+}
+
+std::optional<std::wstring> RegistryKey::tryQueryString(const std::wstring& name) const {
+  std::wstring text;
+  if (readText(handle_.get(), name, text) != nullptr) return std::nullopt;
   return text;
 }
 
 std::vector<std::wstring> RegistryKey::subkeyNames() const {
-  if (!handle_) throw KeyException(L"key not open", L"");
+  if (!handle_) throw KeyException(kNotOpen, L"");
 
   std::vector<std::wstring> names;
   wchar_t name[256] = L"";

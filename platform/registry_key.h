@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,8 +29,8 @@ class KeyException : public RegistryException {
   std::wstring keyPath_;
 };
 
-/// A registry key open for reading, closed on destruction; not copied. Every failure is a
-/// KeyException; callers that search catch it and go on.
+/// A registry key open for reading, closed on destruction; moved, not copied. Every failure is a
+/// KeyException; the functions that begin with "try" give nothing instead, for callers that search and go on.
 class RegistryKey {
  public:
   /// Opens `subkey` of HKEY_LOCAL_MACHINE with `access`: KEY_READ, optionally with a WOW64 view bit,
@@ -43,10 +44,15 @@ class RegistryKey {
   /// `subkey`.
   RegistryKey(const RegistryKey& parent, const std::wstring& subkey);
 
-  RegistryKey(const RegistryKey&) = delete;
-  RegistryKey& operator=(const RegistryKey&) = delete;
+  /// The same, each for one of the constructors.
+  [[nodiscard]] static std::optional<RegistryKey> tryOpen(const std::wstring& subkey, REGSAM access);
+  [[nodiscard]] static std::optional<RegistryKey> tryOpen(HKEY root, const std::wstring& subkey,
+                                                          REGSAM access);
+  [[nodiscard]] static std::optional<RegistryKey> tryOpen(const RegistryKey& parent,
+                                                          const std::wstring& subkey);
 
-  /// Closes the key early; what is asked of it afterwards throws "key not open".
+  /// Closes the key early; what is asked of it afterwards throws "key not open". A key that was moved away is
+  /// closed, too.
   void close() { handle_.reset(); }
 
   HKEY handle() const { return handle_.get(); }
@@ -56,13 +62,16 @@ class RegistryKey {
   /// Missing or longer: "key query failed"; not text: "value not a string". Zero bytes are dropped
   /// and each other byte is one character: text below U+0100 comes out whole, the strings of a
   /// REG_MULTI_SZ run together, REG_EXPAND_SZ is not expanded.
-  std::wstring queryString(const std::wstring& name) const;
+  [[nodiscard]] std::wstring queryString(const std::wstring& name) const;
+
+  /// The same text.
+  [[nodiscard]] std::optional<std::wstring> tryQueryString(const std::wstring& name) const;
 
   /// Names of the direct subkeys in the system's order.
-  std::vector<std::wstring> subkeyNames() const;
+  [[nodiscard]] std::vector<std::wstring> subkeyNames() const;
 
  private:
-  void open(HKEY root, const std::wstring& subkey, REGSAM access);
+  RegistryKey(std::wstring path, UniqueHkey handle) : path_(std::move(path)), handle_(std::move(handle)) {}
 
   std::wstring path_;
   UniqueHkey handle_;
@@ -70,6 +79,6 @@ class RegistryKey {
 
 /// The predefined key that `path` names with its first component, such as
 /// "\HKEY_LOCAL_MACHINE\SOFTWARE"; null without the leading "\" or in other letter case.
-HKEY rootKeyFromPath(const std::wstring& path);
+[[nodiscard]] HKEY rootKeyFromPath(const std::wstring& path);
 
 }  // namespace ryn
