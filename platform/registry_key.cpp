@@ -104,19 +104,18 @@ std::optional<std::wstring> RegistryKey::tryQueryString(const std::wstring& name
 
 std::vector<std::wstring> RegistryKey::subkeyNames() const {
   if (!handle_) throw KeyException(kNotOpen, L"");
+  return listSubkeys(handle_.get(), &RegEnumKeyExW);
+}
 
+std::vector<std::wstring> listSubkeys(HKEY key, decltype(&RegEnumKeyExW) enumerate) {
   std::vector<std::wstring> names;
   wchar_t name[256] = L"";
-  // Only "no more items" ends the list: a name too long for the buffer comes out as it stands and
-  // the next one follows. Errors that are not about one item would repeat for ever.
   for (DWORD index = 0;; ++index) {
     DWORD size = static_cast<DWORD>(std::size(name));
-    const LSTATUS status =
-        RegEnumKeyExW(handle_.get(), index, name, &size, nullptr, nullptr, nullptr, nullptr);
-    if (status == ERROR_NO_MORE_ITEMS) return names;
-    if (status == ERROR_KEY_DELETED || status == ERROR_INVALID_HANDLE || status == ERROR_ACCESS_DENIED) {
-      return names;
-    }
+    const LSTATUS status = enumerate(key, index, name, &size, nullptr, nullptr, nullptr, nullptr);
+    // Any other error than that of a name which does not fit is one of the whole list and would repeat for
+    // ever.
+    if (status != ERROR_SUCCESS && status != ERROR_MORE_DATA) return names;
     names.emplace_back(name);
   }
 }

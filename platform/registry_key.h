@@ -67,7 +67,8 @@ class RegistryKey {
   /// The same text.
   [[nodiscard]] std::optional<std::wstring> tryQueryString(const std::wstring& name) const;
 
-  /// Names of the direct subkeys in the system's order.
+  /// Names of the direct subkeys in the system's order; those before the first error when the list cannot be
+  /// read to its end. Throws for a closed key only.
   [[nodiscard]] std::vector<std::wstring> subkeyNames() const;
 
  private:
@@ -76,6 +77,10 @@ class RegistryKey {
   std::wstring path_;
   UniqueHkey handle_;
 };
+
+/// What subkeyNames() reads with RegEnumKeyExW. A name that does not fit the buffer of 256 characters comes
+/// out as it stands there.
+[[nodiscard]] std::vector<std::wstring> listSubkeys(HKEY key, decltype(&RegEnumKeyExW) enumerate);
 
 /// The predefined key that `path` names with its first component, such as
 /// "\HKEY_LOCAL_MACHINE\SOFTWARE"; null without the leading "\" or in other letter case.

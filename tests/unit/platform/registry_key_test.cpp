@@ -93,6 +93,16 @@ TEST(RegistryKeyTest, MakesDoWithTheRightToQueryAndEnumerate) {
   EXPECT_EQ(RegDeleteKeyW(HKEY_LOCAL_MACHINE, L"K"), ERROR_SUCCESS);
 }
 
+TEST(RegistryKeyTest, AListThatFailsEnds) {
+  static constexpr LSTATUS kStatus[] = {ERROR_SUCCESS, ERROR_MORE_DATA, RPC_S_SERVER_UNAVAILABLE};
+  const auto enumerate = [](HKEY, DWORD index, wchar_t* name, DWORD*, DWORD*, wchar_t*, DWORD*,
+                            FILETIME*) -> LSTATUS {
+    name[0] = static_cast<wchar_t>(L'a' + index);
+    return index < 3 ? kStatus[index] : index < 9 ? kStatus[2] : ERROR_NO_MORE_ITEMS;
+  };
+  EXPECT_EQ(listSubkeys(nullptr, enumerate), (std::vector<std::wstring>{L"a", L"b"}));
+}
+
 TEST(RootKeyFromPathTest, KnowsThePredefinedKeys) {
   EXPECT_EQ(rootKeyFromPath(L"\\HKEY_CURRENT_USER\\Software"), HKEY_CURRENT_USER);
   EXPECT_EQ(rootKeyFromPath(L"\\HKEY_PERFORMANCE_NLSTEXT"), HKEY_PERFORMANCE_NLSTEXT);
