@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <climits>
 #include <cwchar>
 
 namespace ryn {

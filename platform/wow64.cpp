@@ -1,19 +1,9 @@
 #include "platform/wow64.h"
 
-#include <vector>
-
 #include "platform/bound_function.h"
 #include "platform/paths.h"
 
 namespace ryn {
-namespace {
-
-std::vector<PVOID>& savedStates() {
-  static std::vector<PVOID> states;
-  return states;
-}
-
-}  // namespace
 
 bool runsUnderWow64() {
   const RYN_FUNCTION(IsWow64Process) isWow64Process(kernelLibrary());
@@ -34,18 +24,12 @@ void disableFileSystemRedirection() {
   const RYN_FUNCTION(Wow64RevertWow64FsRedirection) revert(kernelLibrary());
   if (disable && revert) {
     PVOID oldState = nullptr;
-    if (disable(&oldState)) savedStates().push_back(oldState);
+    disable(&oldState);
     return;
   }
+  // A Windows with half of the pair has only the switch that the pair replaced.
   const RYN_FUNCTION(Wow64EnableWow64FsRedirection) enable(kernelLibrary());
   if (enable) enable(FALSE);
-}
-
-void revertFileSystemRedirection() {
-  const RYN_FUNCTION(Wow64RevertWow64FsRedirection) revert(kernelLibrary());
-  if (!revert || savedStates().empty()) return;
-  revert(savedStates().back());
-  savedStates().pop_back();
 }
 
 }  // namespace ryn

@@ -10,11 +10,8 @@ bool runsUnderWow64();
 /// The system folder of 32-bit programs on a 64-bit Windows; empty where there is none.
 std::wstring wow64SystemFolder();
 
-/// Switches file-system redirection off for the calling thread, so that "system32" means what it
-/// says. The old state is kept on a stack for revertFileSystemRedirection.
+/// Switches file-system redirection off for the calling thread and for good, so that "system32" means what
+/// it says.
 void disableFileSystemRedirection();
-
-/// Restores the state before the latest disableFileSystemRedirection; nothing when there is none.
-void revertFileSystemRedirection();
 
 }  // namespace ryn
