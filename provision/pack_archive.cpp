@@ -1,5 +1,6 @@
 #include "provision/pack_archive.h"
 
+#include <share.h>
 #include <unzip.h>
 #include <zlib.h>
 
@@ -7,13 +8,13 @@
 #include <cstring>
 
 #include "platform/files.h"
-#include "platform/paths.h"
 #include "platform/text.h"
 
 namespace ryn {
 namespace {
 
 constexpr unsigned kCopyBufferSize = 16384;
+constexpr size_t kMaxNameLength = 260;
 constexpr unsigned kEncryptedFlag = 1;
 constexpr uint64_t kTicksPerSecond = 10'000'000;
 /// 1 January 1970 as a file time.
@@ -78,14 +79,14 @@ UniqueFile createFile(const std::wstring& path, DWORD attributes) {
 }
 
 voidpf openWide(voidpf, const void* path, int) {
-  return _wfopen(static_cast<const wchar_t*>(path), L"rb");
+  return _wfsopen(static_cast<const wchar_t*>(path), L"rb", _SH_DENYWR);
 }
 
 }  // namespace
 
 std::wstring entryName(std::string_view storedName) {
   // A name ends where a C string would.
-  const std::wstring whole = fromUtf8(storedName.substr(0, storedName.find('\0'))).substr(0, MAX_PATH);
+  const std::wstring whole = fromUtf8(storedName.substr(0, storedName.find('\0'))).substr(0, kMaxNameLength);
   std::wstring_view name = whole;
   for (;;) {
     if (name.size() > 1 && name[1] == L':') {
@@ -192,8 +193,8 @@ PackResult PackArchive::getEntry(int32_t index, PackEntry& entry) {
   cached_.index = -1;
   openIndex_ = -1;
   if (!moveTo(index)) return PackResult::kBadIndex;
-  // Longer names are cut anyway: 260 characters take at most three bytes each.
-  char name[3 * MAX_PATH + 1] = {};
+  // Longer names are cut anyway, and a character takes at most three bytes.
+  char name[3 * kMaxNameLength + 1] = {};
   unz_file_info64 info{};
   if (unzGetCurrentFileInfo64(reader_.get(), &info, name, sizeof(name) - 1, nullptr, 0, nullptr, 0) !=
       UNZ_OK) {
@@ -214,8 +215,6 @@ PackResult PackArchive::getEntry(int32_t index, PackEntry& entry) {
   cached_.name = entryName(name);
   cached_.attributes = attributesOf(info.version, info.external_fa);
   cached_.times = timesOf(info.dosDate, extraField);
-  cached_.compressedSize = static_cast<int32_t>(info.compressed_size);
-  cached_.uncompressedSize = static_cast<int32_t>(info.uncompressed_size);
   cachedIsEncrypted_ = (info.flag & kEncryptedFlag) != 0;
   entry = cached_;
   return PackResult::kOk;
@@ -227,6 +226,8 @@ void PackArchive::setBaseFolder(std::wstring folder) {
 }
 
 PackResult PackArchive::extract(int32_t index, const std::wstring& name) {
+  // -1 asks getEntry for the count, not for an entry.
+  if (index < 0) return PackResult::kBadIndex;
   PackEntry entry;
   if (const PackResult result = getEntry(index, entry); result != PackResult::kOk) return result;
 

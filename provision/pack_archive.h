@@ -41,8 +41,6 @@ struct PackEntry {
   /// Windows file attributes.
   DWORD attributes = 0;
   PackTimes times;
-  int32_t compressedSize = 0;
-  int32_t uncompressedSize = 0;
 };
 
 /// The name an entry is extracted under: read as UTF-8 and cut at 260 characters; without any drives and

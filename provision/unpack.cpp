@@ -4,6 +4,7 @@
 
 #include "platform/files.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "provision/pack_archive.h"
 
 namespace ryn {
@@ -15,20 +16,51 @@ void deleteFile(const std::wstring& path) {
   DeleteFileW(path.c_str());
 }
 
-bool extractArchive(const std::wstring& path, const std::wstring& folder) {
-  PackArchive archive;
-  if (!archive.open(path)) return false;
-  archive.setBaseFolder(folder);
-
+/// Calls `visit` with every entry that can be reached, until it answers true; false when it never does.
+template <typename Visit>
+bool anyEntry(PackArchive& archive, const Visit& visit) {
   PackEntry entry;
   archive.getEntry(-1, entry);
   const int32_t count = entry.index;
   for (int32_t index = 0; index < count; ++index) {
-    PackResult result = archive.getEntry(index, entry);
-    if (result == PackResult::kOk) result = archive.extract(index, entry.name);
+    const PackResult result = archive.getEntry(index, entry);
     // Nothing behind a gap in the directory can be reached, however many entries the archive claims.
     if (result == PackResult::kBadIndex) break;
+    if (result == PackResult::kOk && visit(entry)) return true;
   }
+  return false;
+}
+
+/// Whether unpacking into `folder` would make the file `path`.
+bool holdsFile(PackArchive& archive, const std::wstring& folder, const std::wstring& path) {
+  const std::wstring wanted = normalisePath(path);
+  return anyEntry(archive, [&](const PackEntry& entry) {
+    return (entry.attributes & FILE_ATTRIBUTE_DIRECTORY) == 0 &&
+           equalIgnoringCase(normalisePath(joinPath(folder, entry.name)), wanted);
+  });
+}
+
+void extractAll(PackArchive& archive, const std::wstring& folder) {
+  archive.setBaseFolder(folder);
+  anyEntry(archive, [&archive](const PackEntry& entry) {
+    archive.extract(entry.index, entry.name);
+    return false;
+  });
+}
+
+/// False when `path` is no archive that holds the file `innerArchive`; nothing has been unpacked then.
+bool extractOuter(const std::wstring& path, const std::wstring& folder, const std::wstring& innerArchive) {
+  PackArchive archive;
+  // A pack that lost its end is opened by the end of the archive stored in it, as if it were that one.
+  if (!archive.open(path) || !holdsFile(archive, folder, innerArchive)) return false;
+  extractAll(archive, folder);
+  return fileExists(innerArchive);
+}
+
+bool extractInner(const std::wstring& path, const std::wstring& folder) {
+  PackArchive archive;
+  if (!archive.open(path)) return false;
+  extractAll(archive, folder);
   return true;
 }
 
@@ -37,12 +69,12 @@ bool extractArchive(const std::wstring& path, const std::wstring& folder) {
 bool extractPack(const std::wstring& packPath, const std::wstring& extractionFolder) {
   const std::wstring intermediateFolder = folderPart(packPath) + L"\\downloadIntermediary";
   const std::wstring innerArchive = intermediateFolder + L"\\vm.zip";
-  if (!pathExists(intermediateFolder)) CreateDirectoryW(intermediateFolder.c_str(), nullptr);
+  CreateDirectoryW(intermediateFolder.c_str(), nullptr);
   // One that an interrupted attempt left behind must not stand in for one that this pack lacks.
   deleteFile(innerArchive);
 
-  const bool unpacked = extractArchive(packPath, intermediateFolder) && fileExists(innerArchive) &&
-                        extractArchive(innerArchive, extractionFolder);
+  const bool unpacked = extractOuter(packPath, intermediateFolder, innerArchive) &&
+                        extractInner(innerArchive, extractionFolder);
 
   deleteFile(innerArchive);
   deleteFile(intermediateFolder + L"\\vm.properties");

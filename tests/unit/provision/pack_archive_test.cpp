@@ -152,9 +152,6 @@ TEST_F(PackArchiveTest, EntriesComeOutInAnyOrder) {
   PackEntry entry;
   ASSERT_EQ(archive.getEntry(-1, entry), PackResult::kOk);
   EXPECT_EQ(entry.index, 5);
-  ASSERT_EQ(archive.getEntry(2, entry), PackResult::kOk);
-  EXPECT_EQ(entry.uncompressedSize, 100'000);
-  EXPECT_LT(entry.compressedSize, 10'000);
 
   for (const int32_t index : {4, 0, 3, 1, 2, 2}) EXPECT_EQ(extract(archive, index), PackResult::kOk) << index;
   EXPECT_TRUE(folderExists(folder_.at(L"out\\bin")));
@@ -162,8 +159,8 @@ TEST_F(PackArchiveTest, EntriesComeOutInAnyOrder) {
   EXPECT_EQ(extracted(L"big"), big);
   EXPECT_EQ(extracted(L"stored"), big);
   EXPECT_EQ(extracted(L"empty"), "");
-  for (const int32_t index : {-2, 5, INT32_MAX})
-    EXPECT_EQ(extract(archive, index), PackResult::kBadIndex) << index;
+  for (const int32_t index : {-2, -1, 5, INT32_MAX})
+    EXPECT_EQ(archive.extract(index, L"x"), PackResult::kBadIndex) << index;
 }
 
 TEST_F(PackArchiveTest, AttributesAndTimesReachTheFile) {
