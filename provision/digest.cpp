@@ -59,11 +59,11 @@ std::wstring hexadecimal(const BYTE* bytes, size_t count) {
 
 std::wstring md5OfFile(const std::wstring& path) {
   // A failure does not end the computation: the calls that follow fail on what was closed, each with its
-  // own line, and the lines together are what support is used to reading.
+  // own line (kept for compatibility).
   HashSession session;
   session.file.reset(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                  FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
-  // Only the first character of the path has ever been shown.
+  // Only the first character of the path is shown (kept for compatibility).
   if (!session.file) report(concat({L"Error opening file ", path.substr(0, 1), L"\nError: "}));
 
   if (!CryptAcquireContextW(session.provider.receive(), nullptr, nullptr, PROV_RSA_FULL,

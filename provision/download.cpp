@@ -4,6 +4,7 @@
 
 // Behind the header that it takes its types from.
 #include <commctrl.h>
+#include <share.h>
 
 #include <memory>
 
@@ -22,6 +23,39 @@ constexpr uint64_t kMarksPerGroup = 5;
 constexpr UINT_PTR kStartTimer = 1;
 constexpr UINT kStartTimerMs = 100;
 constexpr ULONGLONG kUpdateIntervalMs = 50;
+
+/// The progress bar within the dialog, in pixels at kBarDpi.
+constexpr RECT kBar = {.left = 25, .top = 40, .right = 25 + 220, .bottom = 40 + 17};
+constexpr int kBarDpi = 96;
+
+/// Dots per inch that `window` is drawn for.
+int dpiOf(HWND window) {
+  // Since Windows 10 1607, whose function the headers for older systems lack, it can be another one than the
+  // system's.
+  const auto dpiForWindow = getFunction<UINT(WINAPI*)(HWND)>(GetModuleHandleW(L"user32"), "GetDpiForWindow");
+  if (dpiForWindow != nullptr) {
+    if (const UINT dpi = dpiForWindow(window); dpi != 0) return static_cast<int>(dpi);
+  }
+  const UniqueModule gdi = loadSystemLibrary(L"gdi32.dll");
+  const auto deviceCaps = getFunction<decltype(&GetDeviceCaps)>(gdi.get(), "GetDeviceCaps");
+  const HDC context = deviceCaps != nullptr ? GetDC(window) : nullptr;
+  if (context == nullptr) return kBarDpi;
+  const int dpi = deviceCaps(context, LOGPIXELSX);
+  ReleaseDC(window, context);
+  return dpi;
+}
+
+/// Upper end of the progress bar for a file of `sizeBytes`, in steps of 1 KiB. The bar's range has 16 bits,
+/// so that it is full before a file of 64 MiB or more is complete.
+uint16_t progressRange(uint32_t sizeBytes) {
+  return static_cast<uint16_t>(sizeBytes / 1024);
+}
+
+/// What the console shows once `chunkCount` chunks have been written; mostly nothing.
+std::wstring_view progressMark(uint64_t chunkCount) {
+  if (chunkCount == 0 || chunkCount % kChunksPerMark != 0) return {};
+  return chunkCount % (kChunksPerMark * kMarksPerGroup) == 0 ? L"= " : L"=";
+}
 
 using InternetHandle = std::unique_ptr<void, decltype(&InternetCloseHandle)>;
 
@@ -50,7 +84,7 @@ struct WinInet {
   }
 };
 
-/// One download with all it holds; the dialog procedure reaches it through the dialog's user data.
+/// One download with all it holds.
 class Download {
  public:
   Download(const WinInet& internet, const DownloadSettings& settings, const std::wstring& url,
@@ -79,8 +113,9 @@ class Download {
     // Any other URL leaves no source, which the transfer reports.
     if (!showsWindows()) return transfer();
 
-    DialogBoxParamW(settings_.owner, MAKEINTRESOURCEW(IDD_DOWNLOAD), nullptr, dialogProcedure,
-                    reinterpret_cast<LPARAM>(this));
+    shown_ = this;
+    DialogBoxParamW(settings_.owner, MAKEINTRESOURCEW(IDD_DOWNLOAD), nullptr, dialogProcedure, 0);
+    shown_ = nullptr;
     return succeeded_;
   }
 
@@ -147,7 +182,7 @@ class Download {
     internet_.crackUrl(url_.c_str(), 0, ICU_ESCAPE, &parts);
 
     SetLastError(ERROR_SUCCESS);
-    // Closed with its session. A port in the URL has never counted.
+    // Closed with its session. A port in the URL does not count.
     const HINTERNET connection =
         internet_.connect(session_.get(), host, INTERNET_DEFAULT_FTP_PORT, L"anonymous", nullptr,
                           INTERNET_SERVICE_FTP, INTERNET_FLAG_PASSIVE | INTERNET_FLAG_NO_CACHE_WRITE, 1);
@@ -169,7 +204,7 @@ class Download {
   }
 
   bool transfer() {
-    CStream file(source_ ? _wfopen(destination_.c_str(), L"wb") : nullptr);
+    CStream file(source_ ? _wfsopen(destination_.c_str(), L"wb", _SH_DENYWR) : nullptr);
     if (!file) {
       reportFailure();
       return false;
@@ -224,18 +259,19 @@ class Download {
     }
   }
 
-  static INT_PTR CALLBACK dialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_INITDIALOG) {
-      SetWindowLongPtrW(dialog, DWLP_USER, lParam);
-      reinterpret_cast<Download*>(lParam)->prepareDialog(dialog);
+  static INT_PTR CALLBACK dialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM /*lParam*/) {
+    // Any program of the desktop can send these messages, at any time and more than once.
+    Download* const self = shown_;
+    if (message == WM_INITDIALOG && self->dialog_ == nullptr) {
+      self->prepareDialog(dialog);
       return TRUE;
     }
-    auto* self = reinterpret_cast<Download*>(GetWindowLongPtrW(dialog, DWLP_USER));
+    if (self->dialog_ == nullptr) return FALSE;
     if (message == WM_COMMAND && (LOWORD(wParam) == IDOK || LOWORD(wParam) == IDCANCEL)) {
       self->onButton(LOWORD(wParam));
       return TRUE;
     }
-    if (message == WM_TIMER && wParam == kStartTimer) {
+    if (message == WM_TIMER && wParam == kStartTimer && !self->transferring_) {
       KillTimer(dialog, kStartTimer);
       self->transferring_ = true;
       self->succeeded_ = self->transfer();
@@ -246,7 +282,8 @@ class Download {
   }
 
   /// There are no buttons; Esc and Enter count as Cancel and OK. While the transfer runs only Cancel
-  /// counts: Enter may still be held down from starting the program.
+  /// counts: Enter may still be held down from starting the program. It takes effect when the next data
+  /// arrive: until then the dialog's thread waits for them.
   void onButton(WORD button) {
     if (!transferring_) {
       EndDialog(dialog_, 0);
@@ -265,8 +302,11 @@ class Download {
     ShowWindow(dialog, SW_SHOW);
     // The transfer starts when the dialog is on the screen.
     SetTimer(dialog, kStartTimer, kStartTimerMs, nullptr);
-    progressBar_ = CreateWindowExW(0, PROGRESS_CLASSW, nullptr, WS_CHILD | WS_VISIBLE, 25, 40, 220, 17,
-                                   dialog, nullptr, settings_.owner, nullptr);
+    const int dpi = dpiOf(dialog);
+    const auto scaled = [dpi](LONG pixels) { return MulDiv(pixels, dpi, kBarDpi); };
+    progressBar_ = CreateWindowExW(0, PROGRESS_CLASSW, nullptr, WS_CHILD | WS_VISIBLE, scaled(kBar.left),
+                                   scaled(kBar.top), scaled(kBar.right - kBar.left),
+                                   scaled(kBar.bottom - kBar.top), dialog, nullptr, settings_.owner, nullptr);
     SetWindowTextW(dialog, text(IDS_DOWNLOADING_TITLE).c_str());
     SetDlgItemTextW(dialog, IDC_DOWNLOAD_TEXT, text(IDS_DOWNLOADING_TEXT).c_str());
     if (source_) SendMessageW(progressBar_, PBM_SETRANGE, 0, MAKELPARAM(0, progressRange(sizeBytes_)));
@@ -282,6 +322,9 @@ class Download {
     const int length = LoadStringW(settings_.owner, id, buffer, ARRAYSIZE(buffer));
     return std::wstring(buffer, static_cast<size_t>(length));
   }
+
+  /// Whose dialog is on the screen. Not carried by a message or the window, where others could replace it.
+  static inline Download* shown_ = nullptr;
 
   const WinInet& internet_;
   const DownloadSettings& settings_;
@@ -323,15 +366,6 @@ UrlScheme urlScheme(std::wstring_view url) {
 
 uint32_t ftpFileSize(uint32_t low, uint32_t high) {
   return low + 260 * high;
-}
-
-uint16_t progressRange(uint32_t sizeBytes) {
-  return static_cast<uint16_t>(sizeBytes / 1024);
-}
-
-std::wstring_view progressMark(uint64_t chunkCount) {
-  if (chunkCount == 0 || chunkCount % kChunksPerMark != 0) return {};
-  return chunkCount % (kChunksPerMark * kMarksPerGroup) == 0 ? L"= " : L"=";
 }
 
 }  // namespace ryn

@@ -21,9 +21,10 @@ struct DownloadSettings {
 };
 
 /// Fetches `url` ("http" or "ftp" in small letters) into the file `destination`, replacing it. False when
-/// that failed or the user cancelled; the user has been told, and no part of the file is left. A transfer
-/// that breaks off counts as complete: servers close connections in ways that cannot be told from an end,
-/// and what is missing shows when the pack is verified or unpacked.
+/// that failed or the user cancelled; the user has been told, and no part of the file is left. Nobody else
+/// can write into the file meanwhile. A transfer that breaks off counts as complete: servers close
+/// connections in ways that cannot be told from an end, and what is missing shows when the pack is verified
+/// or unpacked.
 bool download(const DownloadSettings& settings, const std::wstring& url, const std::wstring& destination,
               UserPrompt& prompt);
 
@@ -33,14 +34,7 @@ enum class UrlScheme { kOther, kHttp, kFtp };
 UrlScheme urlScheme(std::wstring_view url);
 
 /// File size from the two words that the FTP library gives. Above 4 GiB the result is not the size: the
-/// high word counts 260 bytes, which the progress bars in the field show.
+/// high word counts 260 bytes, kept for compatibility.
 uint32_t ftpFileSize(uint32_t low, uint32_t high);
-
-/// Upper end of the progress bar for a file of `sizeBytes`, in steps of 1 KiB. The bar's range has 16 bits,
-/// so that it is full before a file of 64 MiB or more is complete.
-uint16_t progressRange(uint32_t sizeBytes);
-
-/// What the console shows once `chunkCount` chunks have been written; mostly nothing.
-std::wstring_view progressMark(uint64_t chunkCount);
 
 }  // namespace ryn

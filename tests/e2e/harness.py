@@ -112,6 +112,10 @@ class Host:
         """Asks a window to close, as its button does."""
         self._request(f"quit={title}")
 
+    def post(self, title, message, wide=0, long=0):
+        """Posts a message to a window, as any program of the desktop can."""
+        self._request(f"post={message} {wide} {long} {title}")
+
     def _request(self, line):
         with tempfile.NamedTemporaryFile("w", encoding="utf-8") as request:
             request.write(line + "\n")
