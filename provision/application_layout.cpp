@@ -1,7 +1,9 @@
 #include "provision/application_layout.h"
 
 #include "platform/files.h"
+#include "platform/paths.h"
 #include "platform/text.h"
+#include "provision/unpack_marker.h"
 
 namespace ryn {
 namespace {
@@ -30,7 +32,7 @@ std::wstring findShippedVm(const std::wstring& launcherFolder) {
   for (const wchar_t* folder : kWindowsFolders) {
     for (const wchar_t* home : {L"\\resource\\jre", L"\\resource\\jre\\jre"}) {
       std::wstring path = concat({launcherFolder, folder, home, L"\\bin\\java.exe"});
-      if (fileExists(path)) return path;
+      if (fileExists(path) && !isHalfUnpacked(folderPart(path))) return path;
     }
   }
   return {};

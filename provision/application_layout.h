@@ -11,7 +11,7 @@ namespace ryn {
 /// jvmspecs.properties: in "jvmspecs" beside the launcher, else in that of a Windows folder.
 std::wstring findJvmspecs(const std::wstring& launcherFolder);
 
-/// java.exe of the VM that ships with the application.
+/// java.exe of the VM that ships with the application; one that is half unpacked (isHalfUnpacked) is none.
 std::wstring findShippedVm(const std::wstring& launcherFolder);
 
 /// Where the pack of `url` is stored: the jvmspecs folder and the last segment of the URL, joined without

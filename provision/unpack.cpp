@@ -6,6 +6,7 @@
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "provision/pack_archive.h"
+#include "provision/unpack_marker.h"
 
 namespace ryn {
 namespace {
@@ -67,6 +68,13 @@ bool extractInner(const std::wstring& path, const std::wstring& folder) {
 }  // namespace
 
 bool extractPack(const std::wstring& packPath, const std::wstring& extractionFolder) {
+  const std::wstring withoutEnd = extractionFolder.substr(0, extractionFolder.find_last_not_of(L'\\') + 1);
+  CreateDirectoryW(folderPart(withoutEnd).c_str(), nullptr);
+  CreateDirectoryW(withoutEnd.c_str(), nullptr);
+  const bool wasHalfUnpacked = isHalfUnpacked(extractionFolder);
+  // Where not even the marker can be written, nothing else can.
+  if (!beginUnpacking(extractionFolder)) return false;
+
   const std::wstring intermediateFolder = folderPart(packPath) + L"\\downloadIntermediary";
   const std::wstring innerArchive = intermediateFolder + L"\\vm.zip";
   CreateDirectoryW(intermediateFolder.c_str(), nullptr);
@@ -79,6 +87,10 @@ bool extractPack(const std::wstring& packPath, const std::wstring& extractionFol
   deleteFile(innerArchive);
   deleteFile(intermediateFolder + L"\\vm.properties");
   RemoveDirectoryW(intermediateFolder.c_str());
+
+  // A pack that could not be opened has left the folder as it was.
+  if (unpacked) noteUnpacked(extractionFolder);
+  if (unpacked || !wasHalfUnpacked) endUnpacking(extractionFolder);
   return unpacked;
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "provision/unpack_marker.h"
 #include "tests/unit/support/temp_folder.h"
 
 namespace ryn {
@@ -26,6 +27,13 @@ TEST(ApplicationLayoutTest, EarlierPlacesWin) {
     const std::wstring path = folder.write(name);
     EXPECT_EQ(findShippedVm(root), path);
   }
+
+  // A VM whose unpacking did not end is none, wherever in the folder it is.
+  const std::wstring home = folder.at(L"Windows\\resource\\jre");
+  ASSERT_TRUE(beginUnpacking(home));
+  EXPECT_EQ(findShippedVm(root), folder.at(L"Windows_Pure_64_Bit\\resource\\jre\\bin\\java.exe"));
+  endUnpacking(home + L"\\");
+  EXPECT_EQ(findShippedVm(root), home + L"\\bin\\java.exe");
 }
 
 TEST(ApplicationLayoutTest, PlacesOfThePack) {
