@@ -6,7 +6,9 @@
 #include "platform/output.h"
 #include "provision/application_layout.h"
 #include "provision/digest.h"
+#include "provision/fetch_lock.h"
 #include "provision/unpack.h"
+#include "provision/unpack_marker.h"
 #include "resources/string_table.h"
 
 namespace ryn {
@@ -35,6 +37,34 @@ class Messages {
   UserPrompt& prompt_;
 };
 
+/// Tells of a failure, after which a fetch does nothing more. The box stands until somebody closes it; other
+/// starts need not wait for that.
+class UnlockingPrompt final : public UserPrompt {
+ public:
+  UnlockingPrompt(FetchLock& lock, UserPrompt& prompt) : lock_(lock), prompt_(prompt) {}
+
+  void showError(const std::wstring& text, const std::wstring& title) override {
+    lock_.release();
+    prompt_.showError(text, title);
+  }
+  void showMessage(const std::wstring& text, const std::wstring& title) override {
+    lock_.release();
+    prompt_.showMessage(text, title);
+  }
+
+ private:
+  FetchLock& lock_;
+  UserPrompt& prompt_;
+};
+
+/// When this process began.
+FILETIME processStart() {
+  FILETIME start = {};
+  FILETIME ignored;
+  GetProcessTimes(GetCurrentProcess(), &start, &ignored, &ignored, &ignored);
+  return start;
+}
+
 bool isIntact(const PackSource& pack, const std::wstring& path, const std::wstring& digestFailureText,
               const Messages& messages) {
   messages.say(L"\nVerifying the downloaded JVM with MD5 checksum specified\n");
@@ -51,7 +81,9 @@ bool isIntact(const PackSource& pack, const std::wstring& path, const std::wstri
 
 std::wstring fetchPack(const PackSource& pack, const std::wstring& digestFailureText,
                        const std::wstring& launcherFolder, const DownloadSettings& settings,
-                       UserPrompt& prompt) {
+                       UserPrompt& userPrompt) {
+  FetchLock lock(launcherFolder);
+  UnlockingPrompt prompt(lock, userPrompt);
   const Messages messages(settings, prompt);
   if (!pack.url.ends_with(L".vm")) {
     messages.tell(L"The file specified for download is not a valid VM pack", L"Invalid VM Pack",
@@ -59,21 +91,29 @@ std::wstring fetchPack(const PackSource& pack, const std::wstring& digestFailure
     return {};
   }
 
+  if (!lock.tryTake()) {
+    messages.say(L"\nWaiting for another start to fetch the VM pack\n");
+    lock.take();
+  }
+  const std::wstring folder = extractionFolder(launcherFolder);
+  // What another start has fetched since this one began is what this one would fetch.
+  if (wasUnpackedSince(folder, processStart())) {
+    if (std::wstring vm = unpackedVm(folder); !vm.empty()) return vm;
+  }
+
   const std::wstring packPath = packDestination(launcherFolder, pack.url);
   if (!download(settings, pack.url, packPath, prompt)) return {};
   if (pack.verify && !isIntact(pack, packPath, digestFailureText, messages)) return {};
 
   messages.say(L"\nExtracting VM Pack. Please wait!!!\n");
-  const std::wstring folder = extractionFolder(launcherFolder);
-  if (!pathExists(folder)) CreateDirectoryW(folder.c_str(), nullptr);
   const bool extracted = extractPack(packPath, folder);
+  DeleteFileW(packPath.c_str());
   if (extracted) {
     messages.say(L"\nExtracted the JVM pack successfully!!\n");
   } else {
     messages.tell(StringTable::get(IDS_EXTRACTION_FAILED), StringTable::get(IDS_EXTRACTION_ERROR_TITLE),
                   L"\nCould not extract the downloaded VM pack. Installer exiting...");
   }
-  DeleteFileW(packPath.c_str());
   // A pack without "bin" has no VM: better found out here than when the launcher starts an empty path.
   return extracted ? unpackedVm(folder) : std::wstring();
 }

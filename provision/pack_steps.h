@@ -11,7 +11,8 @@ namespace ryn {
 /// Downloads, verifies and unpacks the VM pack `pack` for the application of the launcher in
 /// `launcherFolder`, and returns the path of its java.exe. Empty when a step failed; the user has been told.
 /// The VM stays unpacked; the pack itself stays only when its digest is wrong, for which the user sees
-/// `digestFailureText`.
+/// `digestFailureText`. While another start of the application fetches, this one waits, and takes over what
+/// that one unpacked; when that one failed or ended, this one fetches.
 std::wstring fetchPack(const PackSource& pack, const std::wstring& digestFailureText,
                        const std::wstring& launcherFolder, const DownloadSettings& settings,
                        UserPrompt& prompt);

@@ -98,13 +98,17 @@ class Answer:
 def probe(host, tmp_path):
     runs = []
 
-    def start(*arguments):
+    def start(*arguments, press="yes"):
         command = " ".join(f'"{argument}"' for argument in (windows_path(FIXTURES / "pack_probe.exe"), *arguments))
-        request = [("command", command), ("handles", "own"), ("press", "yes")]
+        request = [("command", command), ("handles", "own"), ("press", press)]
         runs.append(Run(host, tmp_path / f"run{len(runs)}", request, None, LIMIT_SECONDS, None))
         return runs[-1]
 
-    yield lambda *arguments: Answer(start(*arguments).wait())
+    def answer(*arguments):
+        return Answer(start(*arguments).wait())
+
+    answer.start = start
+    yield answer
     for run in runs:
         run.end()
 
@@ -200,16 +204,24 @@ def test_progress_dialog(web, download):
     assert answer.progress.progress_end == 6144
 
 
-def test_cancelled_download(host, web, download, target):
+WM_CLOSE, WM_INITDIALOG, WM_TIMER = 0x10, 0x110, 0x113
+
+
+@pytest.mark.parametrize("messages, whole", [([(WM_CLOSE,)], False), ([(WM_INITDIALOG, 0, 1), (WM_TIMER, 1)], True)])
+def test_messages_during_a_download(host, web, download, target, messages, whole):
+    content = os.urandom(4_000_000)
+
     def large(handler):
-        handler.begin(20_000_000)
-        handler.wfile.write(b"x" * 100_000)
+        handler.begin(len(content))
+        handler.wfile.write(content[:100_000])
         wait_until(target.exists, "start of the transfer")
-        host.close_window(TITLE)
-        handler.wfile.write(b"x" * 19_900_000)
+        for message in messages:
+            host.post(TITLE, *message)
+        handler.wfile.write(content[100_000:])
     web.answers["/jre.vm"] = large
     answer = download(web.url + "/jre.vm", "progress")
-    assert (answer.result, answer.file, answer.boxes) == ("false", None, [PROGRESS])
+    expected = ("true", content) if whole else ("false", None)
+    assert ((answer.result, answer.file), answer.boxes) == (expected, [PROGRESS])
 
 
 def test_ftp(ftp, download):
@@ -249,14 +261,18 @@ def fetch(web, probe, tmp_path):
     """fetch(pack, flags..., digest, name): the answer, and `files`, what is in the application's folder then."""
     folder = tmp_path / "app ä"
     (folder / "Windows" / "jvmspecs").mkdir(parents=True)
-    (folder / "Windows" / "resource").mkdir()
+    options = folder / "Windows" / "jvmspecs" / "jvmspecs.properties"
+    options.touch()
 
     def run(pack, *flags, digest="-", name="jre.vm"):
         web.answers["/d/" + name] = pack
         answer = probe("fetch", f"{web.url}/d/{name}", windows_path(folder), digest, *flags)
-        answer.files = sorted(str(path.relative_to(folder)) for path in folder.rglob("*") if path.is_file())
+        answer.files = sorted(str(path.relative_to(folder)) for path in folder.rglob("*") 
+                              if path.is_file() and path != options)
         answer.home = windows_path(folder / "Windows" / "resource" / "jre")
         return answer
+
+    run.start = lambda *flags: probe.start("fetch", web.url + "/d/jre.vm", windows_path(folder), "-", *flags, press="no")
     return run
 
 
@@ -300,6 +316,39 @@ def test_pack_without_a_vm(fetch):
     assert (answer.result, answer.files) == ("", ["Windows/resource/jre/readme.txt"])
 
 
+@pytest.mark.parametrize("ending", ["whole", "damaged", "killed"])
+def test_two_first_starts(web, fetch, tmp_path, ending):
+    """The second waits for the first, whatever becomes of it, and fetches only when that one failed."""
+    go, requests = threading.Event(), []
+
+    def first(handler):
+        requests.append(1)
+        handler.begin(len(PACK))
+        assert go.wait(LIMIT_SECONDS)
+        web.answers["/d/jre.vm"] = second
+        handler.wfile.write(bytes(len(PACK)) if ending == "damaged" else PACK)
+
+    def second(handler):
+        requests.append(2)
+        handler.begin(len(PACK))
+        handler.wfile.write(PACK)
+    web.answers["/d/jre.vm"] = first
+    # Nobody presses the button of its box.
+    one = fetch.start("progress")
+    wait_until(lambda: requests, "first request")
+    two = fetch.start()
+    output = tmp_path / "run1" / "stdout"
+    wait_until(lambda: b"\nWaiting for another start to fetch the VM pack\r\n" in output.read_bytes(), "waiting")
+    if ending == "killed":
+        web.answers["/d/jre.vm"] = second
+        one.end()
+    go.set()
+    answer = Answer(two.wait())
+    assert answer.result.endswith(r"\Windows\resource\jre\\bin\java.exe")
+    assert requests == ([1] if ending == "whole" else [1, 2])
+    assert one.is_running() == (ending == "damaged")
+
+
 @pytest.mark.parametrize("name", ["jre.zip", "jre.VM"])
 def test_url_that_names_no_pack(fetch, name):
     answer = fetch(PACK, name=name)
@@ -312,7 +361,6 @@ def write_options(app, folder="Windows", **options):
     """jvmspecs.properties; "__" in a name stands for each "."."""
     target = app.folder / folder / "jvmspecs"
     target.mkdir(parents=True, exist_ok=True)
-    (target.parent / "resource").mkdir(exist_ok=True)
     text = "".join(f"build.{key.replace('__', '.')}={value}\n" for key, value in options.items())
     (target / "jvmspecs.properties").write_text(text)
 
@@ -355,6 +403,32 @@ def test_build_that_fetches_its_vm(app, vm_pack, folder):
     # What was unpacked is the VM of a build that ships one.
     write_options(app, folder, option="withvm", with__vm__search__option=21)
     assert program_of(app.run()) == folder + "/resource/jre/bin/javaw.exe"
+
+
+@pytest.mark.parametrize("last_seen", ["resource/jre/bin/java.exe", "downloadIntermediary/0"])
+def test_start_killed_while_unpacking(app, web, vm_pack, last_seen):
+    """Also where a whole VM was before: the half one is not used, and fetching again heals it."""
+    fetching = without_vm(12, "dont__search", *vm_pack)
+    shipping = {"option": "withvm", "with__vm__search__option": 21}
+    many = {str(number): "x" * 4000 for number in range(3000)}
+    inner = archive({"bin/java.exe": "new"} | many)
+    web.answers["/big.vm"] = archive(many | {"vm.zip": inner} if last_seen.endswith("0") else {"vm.zip": inner})
+    write_options(app, **fetching)
+    assert app.run().exit_code == 0
+    write_options(app, **fetching | {"without__vm__direct__download__url": web.url + "/big.vm",
+                                     "without__vm__dont__search__download__url__md5Checksum__applicable": "false"})
+    run = app.start()
+    seen = app.folder / "Windows" / last_seen
+    wait_until(lambda: seen.exists() and seen.stat().st_size < 5000, "unpacking")
+    run.end()
+    assert not (app.folder / "Windows" / "resource" / "jre" / "2999").exists(), "the start was too quick for this test"
+    write_options(app, **shipping)
+    result = app.run()
+    assert (boxes_of(result), result.exit_code) == ([NO_VM], 106)
+    write_options(app, **fetching)
+    assert app.run(env={"STAND_IN_EXIT": "7"}).exit_code == 7
+    write_options(app, **shipping)
+    assert program_of(app.run()) == "Windows/resource/jre/bin/javaw.exe"
 
 
 def test_search_comes_first_where_the_build_says_so(app, vm_pack):
