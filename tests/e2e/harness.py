@@ -159,6 +159,7 @@ class Box:
     icon: bool
     progress: bool
     progress_end: int
+    progress_width: int
     process_id: int
 
     @property
@@ -248,8 +249,8 @@ class Run:
     def wait(self):
         self._process.wait(self._limit + 30)
         report = json.loads((self._folder / "report").read_text("ascii"))
-        boxes = [Box(process_id=box.pop("processId"), progress_end=box.pop("progressEnd"), **box)
-                 for box in report["boxes"]]
+        boxes = [Box(process_id=box.pop("processId"), progress_end=box.pop("progressEnd"),
+                     progress_width=box.pop("progressWidth"), **box) for box in report["boxes"]]
         assert report["startError"] == 0, f"not started: error {report['startError']}"
         assert not report["timedOut"], f"still running after {self._limit} s; boxes: {boxes}"
         return Result(exit_code=report["exitCode"], stdout=(self._folder / "stdout").read_bytes(),

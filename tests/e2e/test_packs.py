@@ -385,11 +385,21 @@ def program_of(result):
     return result.record["program"].replace("\\\\", "\\").split("\\app\\")[1].replace("\\", "/")
 
 
-@pytest.mark.parametrize("folder", ["Windows", "Windows_Pure_64_Bit"])
-def test_build_that_fetches_its_vm(app, vm_pack, folder):
+@pytest.fixture
+def dpi(host, request):
+    """Dots per inch of the screen."""
+    key = (r"HKCU\Control Panel\Desktop", "/v", "LogPixels", "/f")
+    host.wine("reg", "add", *key, "/t", "REG_DWORD", "/d", request.param)
+    yield request.param
+    host.wine("reg", "delete", *key)
+
+
+@pytest.mark.parametrize("folder, dpi", [("Windows", 96), ("Windows_Pure_64_Bit", 192)], indirect=["dpi"])
+def test_build_that_fetches_its_vm(app, vm_pack, folder, dpi):
     write_options(app, folder, **without_vm(12, "dont__search", *vm_pack))
     result = app.run(env={"STAND_IN_EXIT": "7"})
     assert (boxes_of(result), result.exit_code) == ([PROGRESS], 7)
+    assert result.box.progress_width == 220 * dpi // 96
     assert program_of(result) == folder + "/resource/jre/bin/javaw.exe"
     assert sorted(path.name for path in (app.folder / folder).iterdir()) == ["jvmspecs", "resource"]
     # What was unpacked is the VM of a build that ships one.
