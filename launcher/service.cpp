@@ -11,10 +11,13 @@ namespace ryn {
 namespace {
 
 constexpr DWORD kWaitHintMs = 5000;
+/// How long the end of a VM is waited for once it has been ended from outside.
+constexpr DWORD kEndLimitMs = 5000;
 
-std::unique_ptr<ServiceRYN>& instanceSlot() {
-  static std::unique_ptr<ServiceRYN> slot;
-  return slot;
+ServiceRYN* theInstance = nullptr;
+
+HANDLE createEvent() {
+  return CreateEventW(nullptr, TRUE, FALSE, nullptr);
 }
 
 // Whoever is at the screen may leave; the service goes on.
@@ -46,7 +49,8 @@ class ServiceRYN::Task final {
   }
 
   static DWORD WINAPI threadBody(void* task) {
-    static_cast<Task*>(task)->serviceWorker();
+    const std::unique_ptr<Task> owned(static_cast<Task*>(task));
+    owned->serviceWorker();
     return 0;
   }
 
@@ -56,19 +60,18 @@ class ServiceRYN::Task final {
 };
 
 ServiceRYN::ServiceRYN(const CommandLine& commandLine, UserPrompt& prompt)
-    : Launcher(commandLine, prompt), prompt_(prompt) {
+    : Launcher(commandLine, prompt), prompt_(prompt), finished_(createEvent()), stopped_(createEvent()) {
   commandLine.serviceName.copy(name_, std::size(name_) - 1);
 }
 
 ServiceRYN& ServiceRYN::instance(const CommandLine& commandLine, UserPrompt& prompt) {
-  std::unique_ptr<ServiceRYN>& slot = instanceSlot();
-  if (!slot) slot.reset(new ServiceRYN(commandLine, prompt));
-  return *slot;
+  if (theInstance == nullptr) theInstance = new ServiceRYN(commandLine, prompt);
+  return *theInstance;
 }
 
 ServiceRYN& ServiceRYN::current() {
-  if (!instanceSlot()) throw TerminalError(L"ServiceRYN has not been instantiated.");
-  return *instanceSlot();
+  if (theInstance == nullptr) throw TerminalError(L"ServiceRYN has not been instantiated.");
+  return *theInstance;
 }
 
 void ServiceRYN::startService() {
@@ -93,53 +96,64 @@ void WINAPI ServiceRYN::serviceMainEntry(DWORD /*count*/, wchar_t** /*arguments*
 void ServiceRYN::serviceMain() {
   SetConsoleCtrlHandler(ignoreLogOff, TRUE);
 
-  status_ = {};
-  status_.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
-  status_.dwWaitHint = kWaitHintMs;
   SetLastError(ERROR_SUCCESS);
   // Declared without a result, the handler's answer is passed on where the control manager listens to it.
   statusHandle_ = registerHandler_(
       name_, reinterpret_cast<LPHANDLER_FUNCTION>(reinterpret_cast<void (*)()>(&controlHandler)));
   setServiceState(SERVICE_START_PENDING);
 
-  const UniqueHandle finished(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-  Task task(finished.get(), *this);
-  const UniqueHandle worker(CreateThread(nullptr, 0, &Task::threadBody, &task, 0, nullptr));
-  if (worker) WaitForSingleObject(finished.get(), INFINITE);
+  auto task = std::make_unique<Task>(finished_.get(), *this);
+  const UniqueHandle worker(CreateThread(nullptr, 0, &Task::threadBody, task.get(), 0, nullptr));
+  if (worker) {
+    // The thread's own from here on: it may outlive this one.
+    static_cast<void>(task.release());
+    const HANDLE ends[] = {finished_.get(), stopped_.get()};
+    WaitForMultipleObjects(static_cast<DWORD>(std::size(ends)), ends, FALSE, INFINITE);
+  }
 
   if (vmProcess() == nullptr) {
     // Nothing was started, and no stop is reported. The dispatcher would wait for one for ever, so the
     // process ends here; the control manager takes that for what it is, a failed start.
     ExitProcess(failureCode_);
   }
-  // Somebody has stopped the service: the dispatcher returns, and the entry with it.
-  if (runningVm_ == nullptr) return;
-
+  const HANDLE vm = runningVm_.exchange(nullptr);
+  if (vm == nullptr) {
+    // The control handler has taken it. When this thread returns, so may the dispatcher, and the entry with
+    // it: not before the handler has reported.
+    WaitForSingleObject(stopped_.get(), 2 * kEndLimitMs);
+    return;
+  }
   DWORD exitCode = 0;
-  GetExitCodeProcess(vmProcess(), &exitCode);
-  if (exitCode == 0) stop();
+  GetExitCodeProcess(vm, &exitCode);
+  if (exitCode == 0) stop(vm);
   ExitProcess(exitCode);
 }
 
 DWORD WINAPI ServiceRYN::controlHandler(DWORD control) {
   if (control != SERVICE_CONTROL_STOP && control != SERVICE_CONTROL_SHUTDOWN)
     return ERROR_CALL_NOT_IMPLEMENTED;
-  current().stop();
+  ServiceRYN& service = current();
+  if (const HANDLE vm = service.runningVm_.exchange(nullptr)) service.stop(vm);
   return NO_ERROR;
 }
 
-void ServiceRYN::setServiceState(DWORD state) {
-  status_.dwCurrentState = state;
-  status_.dwControlsAccepted = state == SERVICE_RUNNING ? SERVICE_ACCEPT_STOP : 0;
-  setStatus_(statusHandle_, &status_);
+void ServiceRYN::setServiceState(DWORD state) const {
+  SERVICE_STATUS status = {};
+  status.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
+  status.dwCurrentState = state;
+  status.dwControlsAccepted = state == SERVICE_RUNNING ? SERVICE_ACCEPT_STOP : 0;
+  status.dwWin32ExitCode = NO_ERROR;
+  status.dwWaitHint = kWaitHintMs;
+  setStatus_(statusHandle_, &status);
 }
 
-void ServiceRYN::stop() {
+void ServiceRYN::stop(HANDLE vm) {
   setServiceState(SERVICE_STOP_PENDING);
-  if (const HANDLE vm = runningVm_.exchange(nullptr)) TerminateProcess(vm, 0);
-  status_.dwWin32ExitCode = NO_ERROR;
-  status_.dwServiceSpecificExitCode = 0;
+  TerminateProcess(vm, 0);
+  // Ending is only begun by then; whoever waits for the service to stop wants the VM's files.
+  WaitForSingleObject(vm, kEndLimitMs);
   setServiceState(SERVICE_STOPPED);
+  SetEvent(stopped_.get());
 }
 
 }  // namespace ryn

@@ -14,11 +14,13 @@ namespace ryn {
 /// apply.
 ///
 /// Three threads meet here: the dispatcher's with the control handler, service main, and the worker with the
-/// run sequence. They share the VM's process handle and one event.
+/// run sequence. They share the VM's process handle, which one of them takes to end the service, and two
+/// events.
 class ServiceRYN final : public Launcher {
  public:
-  /// The one instance of the process, created on the first call; `prompt` must outlive the process's run.
-  /// Throws what the launcher's construction throws.
+  /// The one instance of the process, created on the first call and never destroyed: service main and the
+  /// worker may still use it when the entry returns. `prompt` must outlive `startService`. Throws what the
+  /// launcher's construction throws.
   static ServiceRYN& instance(const CommandLine& commandLine, UserPrompt& prompt);
 
   bool isService() const override { return true; }
@@ -40,16 +42,20 @@ class ServiceRYN final : public Launcher {
   static void WINAPI serviceMainEntry(DWORD count, wchar_t** arguments);
 
   void serviceMain();
-  void setServiceState(DWORD state);
-  void stop();
+  void setServiceState(DWORD state) const;
+  void stop(HANDLE vm);
 
   UserPrompt& prompt_;
   wchar_t name_[256] = L"";
-  SERVICE_STATUS status_ = {};
   SERVICE_STATUS_HANDLE statusHandle_ = nullptr;
-  /// The VM's process while it runs and nobody has stopped it. The launcher owns the handle, so it stays
-  /// valid for the worker's wait; whoever takes it out of here is the one to end the process.
+  /// The VM's process from its start until somebody ends the service. The launcher owns the handle, so it
+  /// stays valid for the worker's wait; whoever takes it out of here, and nobody else, ends the process and
+  /// reports that the service has stopped.
   std::atomic<HANDLE> runningVm_ = nullptr;
+  /// Both manual-reset. Set when the worker has done its work: the VM has ended, or there is none.
+  const UniqueHandle finished_;
+  /// Set when the service has been reported as stopped.
+  const UniqueHandle stopped_;
   /// What the process ends with when no VM was started.
   UINT failureCode_ = 0;
 
