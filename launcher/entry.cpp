@@ -106,7 +106,10 @@ int runLaunch(const CommandLine& commandLine, HINSTANCE instance) {
 }
 
 int runService(const CommandLine& commandLine, HINSTANCE instance) {
-  EventLogPrompt prompt(commandLine.serviceName);
+  EventLogPrompt eventLog(commandLine.serviceName);
+  MessageBoxPrompt boxes;
+  // Windows gives a service no window that could be seen; somebody who typed the switch sees his.
+  UserPrompt& prompt = hasVisibleWindowStation() ? static_cast<UserPrompt&>(boxes) : eventLog;
   try {
     ServiceRYN& service = ServiceRYN::instance(commandLine, prompt);
     service.setInstanceHandle(instance);

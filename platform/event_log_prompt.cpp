@@ -17,16 +17,27 @@ struct EventSourcePolicy {
 
 }  // namespace
 
+bool hasVisibleWindowStation() {
+  USEROBJECTFLAGS flags = {};
+  return GetUserObjectInformationW(GetProcessWindowStation(), UOI_FLAGS, &flags, sizeof(flags), nullptr) &&
+         (flags.dwFlags & WSF_VISIBLE) != 0;
+}
+
 void EventLogPrompt::showError(const std::wstring& text, const std::wstring& title) {
   const std::wstring entry = concat({title, L": ", text});
   writeError(entry + L"\n");
-  const UniqueResource<EventSourcePolicy> log(RegisterEventSourceW(nullptr, source_.c_str()));
-  const wchar_t* strings[] = {entry.c_str()};
-  if (log) ReportEventW(log.get(), EVENTLOG_ERROR_TYPE, 0, 0, nullptr, 1, 0, strings, nullptr);
+  noteFailure(entry);
 }
 
 void EventLogPrompt::showMessage(const std::wstring& text, const std::wstring& title) {
   showError(text, title);
+}
+
+void EventLogPrompt::noteFailure(std::wstring_view text) {
+  const UniqueResource<EventSourcePolicy> log(RegisterEventSourceW(nullptr, source_.c_str()));
+  const std::wstring entry(trim(text));
+  const wchar_t* strings[] = {entry.c_str()};
+  if (log) ReportEventW(log.get(), EVENTLOG_ERROR_TYPE, 0, 0, nullptr, 1, 0, strings, nullptr);
 }
 
 }  // namespace ryn

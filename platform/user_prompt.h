@@ -15,6 +15,10 @@ class UserPrompt {
   /// The same without an icon.
   virtual void showMessage(const std::wstring& text, const std::wstring& title) = 0;
 
+  /// Told of a failure that was written to the console as `text`: for a process whose console nobody sees.
+  /// Others have no use for it.
+  virtual void noteFailure(std::wstring_view text) { static_cast<void>(text); }
+
  protected:
   ~UserPrompt() = default;
 };
