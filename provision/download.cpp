@@ -101,7 +101,7 @@ class Download {
     session_.reset(internet_.open(L"InetURL/1.0", INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0));
     if (!session_) {
       const DWORD error = GetLastError();
-      say(L"\nAttempt to connect to internet failed.");
+      sayFailure(L"\nAttempt to connect to internet failed.");
       sayNumber(L"\nWininet Error code: ", error);
       if (showsWindows()) showConnectionError();
       return false;
@@ -119,6 +119,9 @@ class Download {
     return succeeded_;
   }
 
+  /// What the console was told of a failure.
+  const std::wstring& failure() const { return failure_; }
+
  private:
   bool showsWindows() const { return settings_.showProgress && !settings_.quiet; }
 
@@ -126,17 +129,22 @@ class Download {
     if (!settings_.quiet) writeOutput(text);
   }
 
-  void sayNumber(std::wstring_view label, DWORD number) const {
-    say(concat({label, decimal(static_cast<int>(number)), L"\n"}));
+  void sayFailure(std::wstring_view text) {
+    if (!settings_.quiet) failure_ += text;
+    say(text);
+  }
+
+  void sayNumber(std::wstring_view label, DWORD number) {
+    sayFailure(concat({label, decimal(static_cast<int>(number)), L"\n"}));
   }
 
   void showConnectionError() const {
     prompt_.showMessage(StringTable::get(IDS_CONNECT_FAILED), StringTable::get(IDS_CONNECT_ERROR_TITLE));
   }
 
-  void reportNoConnection(std::wstring_view label, DWORD number) const {
+  void reportNoConnection(std::wstring_view label, DWORD number) {
     if (showsWindows()) return showConnectionError();
-    say(L"\nCould not connect to the specified URL\n");
+    sayFailure(L"\nCould not connect to the specified URL\n");
     sayNumber(label, number);
   }
 
@@ -155,7 +163,7 @@ class Download {
     source_.reset(internet_.openUrl(session_.get(), url_.c_str(), nullptr, 0, 0, 0));
     if (const DWORD error = GetLastError(); error != ERROR_SUCCESS) {
       // Not the end: the status tells whether there is an answer.
-      say(L"\nError in opening internet connection with URL\n");
+      sayFailure(L"\nError in opening internet connection with URL\n");
       sayNumber(L"\nWininet Error code: ", error);
     }
     if (const DWORD status = queryHttp(HTTP_QUERY_STATUS_CODE); status != HTTP_STATUS_OK) {
@@ -229,8 +237,8 @@ class Download {
     return false;
   }
 
-  void reportFailure() const {
-    say(L"\nAttempt to download VM failed");
+  void reportFailure() {
+    sayFailure(L"\nAttempt to download VM failed");
     if (!showsWindows()) return;
     prompt_.showMessage(StringTable::get(IDS_DOWNLOAD_FAILED), StringTable::get(IDS_DOWNLOAD_ERROR_TITLE));
   }
@@ -334,6 +342,7 @@ class Download {
   InternetHandle session_;
   InternetHandle source_;
   uint32_t sizeBytes_ = 0;
+  std::wstring failure_;
 
   UniqueModule commonControls_;
   HWND dialog_ = nullptr;
@@ -351,11 +360,17 @@ bool download(const DownloadSettings& settings, const std::wstring& url, const s
               UserPrompt& prompt) {
   WinInet internet;
   if (!internet.load()) {
-    if (!settings.quiet) writeOutput(L"Failed to initialize secure WinINet functions\n");
+    if (settings.quiet) return false;
+    constexpr wchar_t kFailure[] = L"Failed to initialize secure WinINet functions\n";
+    writeOutput(kFailure);
+    prompt.noteFailure(kFailure);
     return false;
   }
   if (!settings.quiet) writeOutput(L"\nDownloading VM Pack - Please Wait!!!\n");
-  return Download(internet, settings, url, destination, prompt).run();
+  Download attempt(internet, settings, url, destination, prompt);
+  const bool succeeded = attempt.run();
+  if (!succeeded && !attempt.failure().empty()) prompt.noteFailure(attempt.failure());
+  return succeeded;
 }
 
 UrlScheme urlScheme(std::wstring_view url) {

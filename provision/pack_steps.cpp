@@ -29,6 +29,7 @@ class Messages {
       prompt_.showMessage(boxText, caption);
     } else {
       writeOutput(consoleText);
+      prompt_.noteFailure(consoleText);
     }
   }
 
