@@ -1,13 +1,15 @@
 """The launcher as a Windows service, under the service manager of the prefix."""
 import json
+import re
 import subprocess
 import uuid
 
 import pytest
 
-from harness import FIXTURES, install_vm, windows_path
+from harness import ERROR_TITLE, FIXTURES, NO_VALID_VM, install_vm, windows_path
 
-STOPPED, STOP_PENDING = 1, 3
+STOPPED, START_PENDING, STOP_PENDING, RUNNING = 1, 2, 3, 4
+ACCEPT_STOP = 1
 PAUSE, INTERROGATE, FIRST_OWN_CONTROL = 2, 4, 128
 
 NOT_ACCEPTED = 1052  # what the manager answers for a control that the service does not accept
@@ -16,13 +18,15 @@ NOT_ACCEPTED = 1052  # what the manager answers for a control that the service d
 @pytest.fixture
 def service(host, app):
     """service(step..., tail=""): installs the application as a service, runs the driver's steps and returns its
-    lines as [word, number...]."""
+    lines as [word, number...]. What Wine gives its event log, it tells on request on standard error."""
     def run(*steps, tail="", limit=180):
         name = f"ryn-{uuid.uuid4().hex[:8]}"
         command = f'"{windows_path(app.program)}" -tqrynservice {name} {tail}'.rstrip()
         done = subprocess.run(["wine", FIXTURES / "service_driver.exe", name, command, *steps],
-                              env=host.environment, capture_output=True, text=True, timeout=limit)
+                              env=host.environment | {"WINEDEBUG": "-all,err+eventlog"}, capture_output=True,
+                              text=True, timeout=limit)
         assert done.returncode == 0, done.stdout
+        run.errors = done.stderr
         return [[word, *map(int, numbers)] for word, *numbers in map(str.split, done.stdout.splitlines())]
     return run
 
@@ -45,12 +49,18 @@ def running_programs(host):
 
 def test_stops_the_vm(host, app, service, vm_record):
     record = vm_record(wait="ryn-service-never")
-    lines = service("start", "running", f"file={windows_path(record)}", f"control={INTERROGATE}",
-                    f"control={FIRST_OWN_CONTROL}", f"control={PAUSE}", "stop", "ended", tail='one "two words"')
+    # Its validator holds the service where it is starting.
+    (app.folder / "jvmspecs").mkdir()
+    (app.folder / "jvmspecs" / "Verify.jar").touch()
+    app.configure(ryn__nl__current__vm=r"vm\bin\javaw.exe", ryn__nl__valid__vm__list="our-token")
+    lines = service("start", f"file={windows_path(record)}", "pending", "signal=ryn-service-never", "running",
+                    f"file={windows_path(record)}", f"control={INTERROGATE}", f"control={FIRST_OWN_CONTROL}",
+                    f"control={PAUSE}", "stop", "ended", "controls", tail='one "two words"')
     # The manager does not pass the handler's own answer on; what counts here is that the service runs on.
     assert lines[:5] == [["start", 0], ["running"], ["control", 0], ["control", 0], ["control", NOT_ACCEPTED]]
-    assert lines[5:] == [["stop", STOPPED, STOP_PENDING], ["ended", 0]]
-    started = json.loads(record.read_text("ascii"))
+    assert lines[5:] == [["stop", STOPPED, STOP_PENDING], ["ended", 0], [
+        "controls", STOPPED, 0, START_PENDING, 0, STOP_PENDING, 0, RUNNING, ACCEPT_STOP]]
+    started = json.loads(record.read_text("ascii").splitlines()[-1])
     assert " -Xrs -classpath " in started["commandLine"]
     assert started["arguments"][-2:] == ["one", "two words"]
     assert not {"hello.exe", "javaw.exe"} & set(running_programs(host).replace(",", " ").replace('"', " ").split())
@@ -63,17 +73,45 @@ def test_ends_as_the_vm_does(service, vm_record, code):
         ["start", 0], ["running"], ["ended", code]]
 
 
-@pytest.mark.parametrize("fault", ["no property file", "no VM", "no executable"])
-def test_fails_without_a_box(app, service, fault):
-    if fault == "no VM":
-        app.configure(ryn__nl__valid__vm__list="MSJ")
-    elif fault == "no executable":
-        install_vm(app.folder / "vm", "sun_11", names=["java"])
-        app.configure(ryn__nl__current__vm=r"vm\bin\java.exe")
-    else:
+NO_VM = f"{ERROR_TITLE}: {NO_VALID_VM}\n\nRequired Java VM : "
+
+
+def fetch(url):
+    return {"option": "withoutvm", "without.vm.search.option": 12, "without.vm.direct.download.url": url}
+
+
+@pytest.mark.parametrize("properties, build, code, entries", [
+    (None, {}, 0, [f"{ERROR_TITLE}: The Kestrune properties file is missing"]),
+    ({"ryn__nl__valid__vm__list": "MSJ"}, {}, 106, [NO_VM + "MSJ"]),
+    ({"ryn__nl__current__vm": r"vm\bin\java.exe"}, {}, 0,
+     [f"{ERROR_TITLE}: Windows error 2 occured while loading the Java VM"]),
+    ({}, fetch("http://127.0.0.1:1/a.zip"), 106, ["The file specified is not a valid VM pack", NO_VM + "ALL"]),
+    ({}, fetch("http://127.0.0.1:1/a.vm"), 106, ["Error in opening internet connection with URL\n\nWininet Error "
+     "code: 12029\n\nCould not connect to the specified URL\nHTTP Status code: 0", NO_VM + "ALL"]),
+])
+def test_fails_into_the_event_log(app, service, properties, build, code, entries):
+    install_vm(app.folder / "vm", "sun_11", names=["java"])
+    if properties is None:
         app.ryn.unlink()
-    # Without its property file it ends before it has answered the manager.
-    assert service("start", "gone") == [["start", 1053 if fault == "no property file" else 0], ["gone", 0]]
+    else:
+        app.configure(**properties)
+    if build:
+        (app.folder / "Windows" / "resource").mkdir(parents=True)
+        (app.folder / "Windows" / "jvmspecs").mkdir()
+        (app.folder / "Windows" / "jvmspecs" / "jvmspecs.properties").write_text(
+            "".join(f"build.{key}={value}\n" for key, value in build.items()))
+    # Without its property file it ends before it has answered the manager. In any case no box holds it.
+    assert service("start", "gone") == [["start", 0 if properties is not None else 1053], ["gone", 0]]
+    assert service("beside", "ended") == [["beside", 0], ["ended", code]]
+    logged = re.findall(r'err:eventlog:ReportEventW L"(.*)"', service.errors)
+    assert [entry.replace(r"\n", "\n") for entry in logged] == entries
+    assert entries[-1] in re.sub(r".*err:eventlog:.*\n", "", service.errors)
+
+
+def test_shows_a_box_to_whoever_types_the_switch(app):
+    result = app.run("-tqrynservice typed")
+    assert (result.exit_code, result.box.title) == (0, ERROR_TITLE)
+    assert result.box.text == 'The service "typed" must be started by Windows (Windows error 1063).'
 
 
 def test_leaves_nothing_behind(host, service, vm_record):
