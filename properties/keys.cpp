@@ -1,5 +1,6 @@
 #include "properties/keys.h"
 
+#include <algorithm>
 #include <cwchar>
 
 #include "platform/environment.h"
@@ -101,6 +102,14 @@ uint64_t optionHeapMax(const PropertyFile& properties) {
 
 bool consolePause(const PropertyFile& properties) {
   return parseBoolean(properties.get(L"ryn.win32.console.pause"));
+}
+
+bool win32Job(const PropertyFile& properties) {
+  return parseBoolean(properties.get(L"ryn.win32.job"));
+}
+
+uint32_t serviceStopSeconds(const PropertyFile& properties) {
+  return static_cast<uint32_t>(std::max(0, parseInteger(properties.get(L"ryn.service.stop.seconds"))));
 }
 
 int32_t microsoftVmMinVersion(const PropertyFile& properties) {

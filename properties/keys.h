@@ -66,6 +66,11 @@ uint64_t optionHeapInitial(const PropertyFile& properties);
 uint64_t optionHeapMax(const PropertyFile& properties);
 /// Holds the console open at the end.
 bool consolePause(const PropertyFile& properties);
+/// Ends the VM with the launcher, whatever ends that.
+bool win32Job(const PropertyFile& properties);
+/// How long a service's program has to end by itself when the service stops; 0, also for negative numbers,
+/// ends it at once.
+uint32_t serviceStopSeconds(const PropertyFile& properties);
 /// Lowest acceptable build of the Microsoft VM.
 int32_t microsoftVmMinVersion(const PropertyFile& properties);
 /// Which bitness classes are acceptable; 1 when absent, which admits class 1 only.
