@@ -80,6 +80,7 @@ void LaunchRequest::fillFromProperties(const Source& source, LaunchRequest& requ
   request.debugging = parseFlag(optionDebugging(properties));
   request.noJit = parseFlag(optionCompiler(properties));
 
+  request.endsWithLauncher = win32Job(properties);
   request.microsoftMinBuild = microsoftVmMinVersion(properties);
   request.secureFolderCheck = ryn::secureFolderCheck(properties);
   request.leadingArguments = {source.propertiesPath, source.tempPropertiesPath};

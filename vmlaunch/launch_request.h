@@ -45,6 +45,8 @@ struct LaunchRequest {
   bool debugging = false;
   bool noAsyncGc = false;
   bool noJit = false;
+  /// The VM is ended when this process ends, however that comes about.
+  bool endsWithLauncher = false;
 
   /// What the run sequence knows when it fills a request.
   struct Source {

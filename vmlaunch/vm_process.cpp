@@ -26,6 +26,23 @@ STARTUPINFOW startupInfo() {
   return info;
 }
 
+// A job ends its processes when its last handle is closed. That of this one nobody inherits, so Windows
+// closes it when this process ends, whatever ends it. What the VM starts is not in the job: a program may
+// leave something running on purpose.
+bool endWithThisProcess(HANDLE process) {
+  UniqueHandle job(CreateJobObjectW(nullptr, nullptr));
+  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+  limits.BasicLimitInformation.LimitFlags =
+      JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE | JOB_OBJECT_LIMIT_SILENT_BREAKAWAY_OK;
+  if (!job ||
+      !SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits, sizeof(limits)) ||
+      !AssignProcessToJobObject(job.get(), process)) {
+    return false;
+  }
+  job.release();
+  return true;
+}
+
 }  // namespace
 
 UniqueHandle startVmProcess(const LaunchRequest& request, std::wstring commandLine, bool wait) {
@@ -36,7 +53,9 @@ UniqueHandle startVmProcess(const LaunchRequest& request, std::wstring commandLi
   writeError(concat({L"cwd: ", folder, L"\ncmd: ", commandLine, L"\n"}));
 
   PROCESS_INFORMATION started = {};
-  const BOOL created = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
+  // Nothing may be started by a VM that is not yet in its job.
+  const DWORD flags = request.endsWithLauncher ? CREATE_SUSPENDED : 0;
+  const BOOL created = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, flags, nullptr,
                                       folder.empty() ? nullptr : folder.c_str(), &info, &started);
   const DWORD error = GetLastError();
   if (!created) {
@@ -44,6 +63,13 @@ UniqueHandle startVmProcess(const LaunchRequest& request, std::wstring commandLi
   }
   const UniqueHandle thread(started.hThread);
   UniqueHandle process(started.hProcess);
+  if (request.endsWithLauncher) {
+    // Before Windows 8 a process that inherits a job, as from some remote sessions, can be in no other.
+    if (!endWithThisProcess(process.get())) {
+      writeError(concat({L"job: Windows error ", decimal(GetLastError()), L"\n"}));
+    }
+    ResumeThread(thread.get());
+  }
   if (wait) WaitForSingleObject(process.get(), INFINITE);
   return process;
 }
