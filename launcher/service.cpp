@@ -1,11 +1,13 @@
 #include "launcher/service.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "launcher/error_report.h"
 #include "platform/errors.h"
 #include "platform/system_library.h"
 #include "platform/text.h"
+#include "properties/keys.h"
 
 namespace ryn {
 namespace {
@@ -13,6 +15,9 @@ namespace {
 constexpr DWORD kWaitHintMs = 5000;
 /// How long the end of a VM is waited for once it has been ended from outside.
 constexpr DWORD kEndLimitMs = 5000;
+
+/// How often a service that is asked to end shows that it is still at it; well within the wait hint.
+constexpr DWORD kCheckPointMs = 1000;
 
 ServiceRYN* theInstance = nullptr;
 
@@ -25,6 +30,21 @@ BOOL WINAPI ignoreLogOff(DWORD event) {
   return event == CTRL_LOGOFF_EVENT;
 }
 
+/// Puts a handle in the place of the process's standard input, from where a child inherits it.
+class StandardInput {
+ public:
+  explicit StandardInput(HANDLE handle) : old_(GetStdHandle(STD_INPUT_HANDLE)) {
+    SetHandleInformation(handle, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
+    SetStdHandle(STD_INPUT_HANDLE, handle);
+  }
+  StandardInput(const StandardInput&) = delete;
+  StandardInput& operator=(const StandardInput&) = delete;
+  ~StandardInput() { SetStdHandle(STD_INPUT_HANDLE, old_); }
+
+ private:
+  HANDLE old_;
+};
+
 }  // namespace
 
 /// The worker thread's body and what it needs.
@@ -35,7 +55,7 @@ class ServiceRYN::Task final {
   /// Runs the launch and stays until the VM has ended.
   virtual void serviceWorker() {
     try {
-      service_.run(false);
+      service_.launchVm();
     } catch (const std::exception& error) {
       // Nothing may leave a thread's body; the process ends with what the entry would have returned.
       service_.failureCode_ = static_cast<UINT>(reportError(error, service_.requiredVm(), service_.prompt_));
@@ -60,7 +80,11 @@ class ServiceRYN::Task final {
 };
 
 ServiceRYN::ServiceRYN(const CommandLine& commandLine, UserPrompt& prompt)
-    : Launcher(commandLine, prompt), prompt_(prompt), finished_(createEvent()), stopped_(createEvent()) {
+    : Launcher(commandLine, prompt),
+      prompt_(prompt),
+      finished_(createEvent()),
+      stopHandled_(createEvent()),
+      stopLimitMs_(ULONGLONG{1000} * serviceStopSeconds(properties())) {
   commandLine.serviceName.copy(name_, std::size(name_) - 1);
 }
 
@@ -107,7 +131,7 @@ void ServiceRYN::serviceMain() {
   if (worker) {
     // The thread's own from here on: it may outlive this one.
     static_cast<void>(task.release());
-    const HANDLE ends[] = {finished_.get(), stopped_.get()};
+    const HANDLE ends[] = {finished_.get(), stopHandled_.get()};
     WaitForMultipleObjects(static_cast<DWORD>(std::size(ends)), ends, FALSE, INFINITE);
   }
 
@@ -120,40 +144,79 @@ void ServiceRYN::serviceMain() {
   if (vm == nullptr) {
     // The control handler has taken it. When this thread returns, so may the dispatcher, and the entry with
     // it: not before the handler has reported.
-    WaitForSingleObject(stopped_.get(), 2 * kEndLimitMs);
+    WaitForSingleObject(stopHandled_.get(), 2 * kEndLimitMs);
+    if (vmInput_) {
+      askVmToEnd(vmProcess());
+      stop(vmProcess());
+    }
     return;
   }
   DWORD exitCode = 0;
   GetExitCodeProcess(vm, &exitCode);
-  if (exitCode == 0) stop(vm);
+  if (exitCode == 0) {
+    setServiceState(SERVICE_STOP_PENDING);
+    stop(vm);
+  }
   ExitProcess(exitCode);
 }
 
 DWORD WINAPI ServiceRYN::controlHandler(DWORD control) {
   if (control != SERVICE_CONTROL_STOP && control != SERVICE_CONTROL_SHUTDOWN)
     return ERROR_CALL_NOT_IMPLEMENTED;
-  ServiceRYN& service = current();
-  if (const HANDLE vm = service.runningVm_.exchange(nullptr)) service.stop(vm);
+  current().onStopControl();
   return NO_ERROR;
 }
 
-void ServiceRYN::setServiceState(DWORD state) const {
+void ServiceRYN::launchVm() {
+  UniqueHandle readEnd;
+  if (stopLimitMs_ == 0 || !CreatePipe(readEnd.receive(), vmInput_.receive(), nullptr, 0)) return run(false);
+  const StandardInput input(readEnd.get());
+  run(false);
+}
+
+void ServiceRYN::onStopControl() {
+  const HANDLE vm = runningVm_.exchange(nullptr);
+  if (vm == nullptr) return;
+  if (vmInput_) {
+    // A handler has to return soon, so service main goes on from here.
+    setServiceState(SERVICE_STOP_PENDING, 1);
+  } else {
+    setServiceState(SERVICE_STOP_PENDING);
+    stop(vm);
+  }
+  SetEvent(stopHandled_.get());
+}
+
+void ServiceRYN::askVmToEnd(HANDLE vm) {
+  vmInput_.reset();
+  const ULONGLONG end = GetTickCount64() + stopLimitMs_;
+  DWORD checkPoint = 1;
+  for (ULONGLONG now = GetTickCount64(); now < end; now = GetTickCount64()) {
+    const auto pause = static_cast<DWORD>(std::min<ULONGLONG>(kCheckPointMs, end - now));
+    if (WaitForSingleObject(vm, pause) != WAIT_TIMEOUT) return;
+    setServiceState(SERVICE_STOP_PENDING, ++checkPoint);
+  }
+}
+
+void ServiceRYN::setServiceState(DWORD state, DWORD checkPoint) const {
   SERVICE_STATUS status = {};
   status.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
   status.dwCurrentState = state;
-  status.dwControlsAccepted = state == SERVICE_RUNNING ? SERVICE_ACCEPT_STOP : 0;
+  if (state == SERVICE_RUNNING) {
+    // A VM that is ended in no time needs no word of a shutdown.
+    status.dwControlsAccepted = SERVICE_ACCEPT_STOP | (stopLimitMs_ > 0 ? SERVICE_ACCEPT_SHUTDOWN : 0);
+  }
   status.dwWin32ExitCode = NO_ERROR;
+  status.dwCheckPoint = checkPoint;
   status.dwWaitHint = kWaitHintMs;
   setStatus_(statusHandle_, &status);
 }
 
 void ServiceRYN::stop(HANDLE vm) {
-  setServiceState(SERVICE_STOP_PENDING);
   TerminateProcess(vm, 0);
   // Ending is only begun by then; whoever waits for the service to stop wants the VM's files.
   WaitForSingleObject(vm, kEndLimitMs);
   setServiceState(SERVICE_STOPPED);
-  SetEvent(stopped_.get());
 }
 
 }  // namespace ryn

@@ -9,9 +9,10 @@
 namespace ryn {
 
 /// The launcher as a Windows service of its own process: the service lives as long as the VM does. A stop or
-/// shutdown control ends the VM; a VM that ends with 0 stops the service; one that ends with another code
-/// ends the process with that code and reports nothing more, so that the control manager's recovery actions
-/// apply.
+/// shutdown control ends the VM, which is asked first when the property file gives it seconds to end by
+/// itself: its standard input, then a pipe, comes to its end. A VM that ends with 0 stops the service; one
+/// that ends with another code ends the process with that code and reports nothing more, so that the control
+/// manager's recovery actions apply.
 ///
 /// Three threads meet here: the dispatcher's with the control handler, service main, and the worker with the
 /// run sequence. They share the VM's process handle, which one of them takes to end the service, and two
@@ -29,8 +30,8 @@ class ServiceRYN final : public Launcher {
   /// TerminalError when the manager did not start this process.
   virtual void startService();
 
-  /// What the control manager calls. Ends the VM for a stop or shutdown and returns 0; any other control
-  /// changes nothing and returns 120, not implemented.
+  /// What the control manager calls. Ends the VM for a stop or shutdown, or lets service main do so where
+  /// that takes time, and returns 0; any other control changes nothing and returns 120, not implemented.
   static DWORD WINAPI controlHandler(DWORD control);
 
  private:
@@ -42,7 +43,10 @@ class ServiceRYN final : public Launcher {
   static void WINAPI serviceMainEntry(DWORD count, wchar_t** arguments);
 
   void serviceMain();
-  void setServiceState(DWORD state) const;
+  void launchVm();
+  void setServiceState(DWORD state, DWORD checkPoint = 0) const;
+  void onStopControl();
+  void askVmToEnd(HANDLE vm);
   void stop(HANDLE vm);
 
   UserPrompt& prompt_;
@@ -54,8 +58,11 @@ class ServiceRYN final : public Launcher {
   std::atomic<HANDLE> runningVm_ = nullptr;
   /// Both manual-reset. Set when the worker has done its work: the VM has ended, or there is none.
   const UniqueHandle finished_;
-  /// Set when the service has been reported as stopped.
-  const UniqueHandle stopped_;
+  /// Set when the control handler, having taken the VM, has done its part of the stop.
+  const UniqueHandle stopHandled_;
+  const ULONGLONG stopLimitMs_;
+  /// The other end of the VM's standard input, when the VM is asked to end.
+  UniqueHandle vmInput_;
   /// What the process ends with when no VM was started.
   UINT failureCode_ = 0;
 
