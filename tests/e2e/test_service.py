@@ -6,10 +6,10 @@ import uuid
 
 import pytest
 
-from harness import ERROR_TITLE, FIXTURES, NO_VALID_VM, install_vm, windows_path
+from harness import ERROR_TITLE, FIXTURES, NO_VALID_VM, install_stand_in, install_vm, windows_path
 
 STOPPED, START_PENDING, STOP_PENDING, RUNNING = 1, 2, 3, 4
-ACCEPT_STOP = 1
+ACCEPT_STOP, ACCEPT_SHUTDOWN = 1, 4
 PAUSE, INTERROGATE, FIRST_OWN_CONTROL = 2, 4, 128
 
 NOT_ACCEPTED = 1052  # what the manager answers for a control that the service does not accept
@@ -121,15 +121,34 @@ def test_leaves_nothing_behind(host, service, vm_record):
     assert running_programs(host).count("\n") == before
 
 
-@pytest.mark.parametrize("how, steps, noted", [
-    ("end", ["stopped"], ["started", "hook"]),
+@pytest.mark.parametrize("how, seconds, steps, noted, points", [
+    ("end", None, ["stopped"], ["started", "hook"], 0),
     # The VM is ended at once; what the program wants to do last it does not get to do.
-    ("stay", ["stop"], ["started"]),
+    ("input", None, ["stop"], ["started"], 0),
+    ("input", 50, ["stop"], ["started", "hook"], 1),
+    # Deaf to the end of its input: ended as above when the time is over.
+    ("stay", 3, ["stop"], ["started"], 3),
 ])
-def test_shows_a_shutdown_hook_what_it_sees(app, service, runtime, java_classes, tmp_path, how, steps, noted):
+def test_shows_a_shutdown_hook_what_it_sees(app, service, runtime, java_classes, tmp_path, how, seconds, steps,
+                                            noted, points):
     log = tmp_path / "log"
     app.configure(ryn__nl__current__vm=windows_path(runtime(17)) + r"\bin\javaw.exe",
-                  ryn__class__path=windows_path(java_classes), ryn__nl__java__launcher__main__class="Hooked")
+                  ryn__class__path=windows_path(java_classes), ryn__nl__java__launcher__main__class="Hooked",
+                  ryn__service__stop__seconds=seconds)
     path = windows_path(log).replace("\\", "/")
-    assert service("start", "running", f"file={path}", *steps, "ended", tail=f"{path} {how}")[-1] == ["ended", 0]
-    assert log.read_text().split() == noted
+    *_, ended, seen, controls = service("start", "running", f"file={path}", *steps, "ended", "points", "controls",
+                                        tail=f"{path} {how}")
+    assert (ended, log.read_text().split()) == (["ended", 0], noted)
+    assert seen[1] >= points and (seen[1] > 0) == (points > 0)
+    assert controls[-2:] == [RUNNING, ACCEPT_STOP if seconds is None else ACCEPT_STOP | ACCEPT_SHUTDOWN]
+
+
+@pytest.mark.parametrize("job", [None, "true"])
+def test_launcher_that_is_killed(app, service, vm_record, tmp_path, job):
+    record = windows_path(tmp_path / "child-record")
+    child = install_stand_in(app.folder / "child" / "child.exe", wait="ryn-service-child", record=record)
+    vm_record(wait="ryn-service-orphan", start=windows_path(child))
+    app.configure(ryn__nl__current__vm=r"vm\bin\javaw.exe", ryn__win32__job=job)
+    # What the VM has started stays in any case.
+    service("start", "running", f"file={record}", "kill",
+            ("vanish" if job else "signal") + "=ryn-service-orphan", "signal=ryn-service-child")

@@ -12,6 +12,8 @@ public class Hooked {
         Files.move(written, log);
         if (args[3].equals("stay")) {
             Thread.sleep(60_000);
+        } else if (args[3].equals("input")) {
+            System.in.read();
         }
     }
 
