@@ -124,7 +124,7 @@ def test_leaves_nothing_behind(host, service, vm_record):
 @pytest.mark.parametrize("how, seconds, steps, noted, points", [
     ("end", None, ["stopped"], ["started", "hook"], 0),
     # The VM is ended at once; what the program wants to do last it does not get to do.
-    ("input", None, ["stop"], ["started"], 0),
+    ("stay", None, ["stop"], ["started"], 0),
     ("input", 50, ["stop"], ["started", "hook"], 1),
     # Deaf to the end of its input: ended as above when the time is over.
     ("stay", 3, ["stop"], ["started"], 3),
