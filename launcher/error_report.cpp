@@ -28,7 +28,7 @@ int reportError(const std::exception& error, const std::wstring& requiredVm, Use
     prompt.showError(L"an unknown exception has occurrred.\n" + widenBytes(error.what()), title);
     return kExitReportedError;
   }
-  if (terminal->message() != StringTable::get(IDS_NO_VALID_VM)) {
+  if (dynamic_cast<const NoValidVmError*>(terminal) == nullptr) {
     prompt.showError(terminal->message(), title);
     return kExitReportedError;
   }

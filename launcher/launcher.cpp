@@ -108,7 +108,7 @@ void Launcher::openConsole() {
 void Launcher::run(bool wait) {
   showProgress_ = !commandLine_.console && !commandLine_.service;
   chooseVm();
-  if (!vm_) throw TerminalError(StringTable::get(IDS_NO_VALID_VM));
+  if (!vm_) throw NoValidVmError(StringTable::get(IDS_NO_VALID_VM));
   startVm();
   if (!wait || !vmProcess_) return;
   WaitForSingleObject(vmProcess_.get(), INFINITE);

@@ -30,6 +30,12 @@ class TerminalError : public WideException {
   using WideException::WideException;
 };
 
+/// No usable VM: a case of its own, because it ends the process with an exit code of its own.
+class NoValidVmError : public TerminalError {
+ public:
+  using TerminalError::TerminalError;
+};
+
 /// A file that could not be used. `what()` names the file behind the message.
 class FileException : public WideException {
  public:

@@ -83,7 +83,7 @@ std::wstring MicrosoftJavaVM::executablePath() const {
 
 UniqueHandle MicrosoftJavaVM::launch(LaunchRequest request, bool wait) {
   if (microsoftBuild(home() + L"\\jview.exe") < request.microsoftMinBuild) {
-    throw TerminalError(StringTable::get(IDS_NO_VALID_VM));
+    throw NoValidVmError(StringTable::get(IDS_NO_VALID_VM));
   }
   SetEnvironmentVariableW(L"CLASSPATH", joinClasspath(request.classpath).c_str());
   return startVmProcess(request, microsoftCommandLine(request, executablePath()), wait);
