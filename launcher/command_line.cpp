@@ -1,5 +1,7 @@
 #include "launcher/command_line.h"
 
+#include <algorithm>
+
 #include "launcher/switches.h"
 #include "platform/files.h"
 #include "platform/paths.h"
@@ -77,6 +79,58 @@ CommandLine parseCommandLine(const std::wstring& text) {
     if (!argument.starts_with(L'/') && pathExists(argument)) argument = expandPath(argument);
   }
   return result;
+}
+
+std::optional<bool> silentArgument(std::wstring_view text) {
+  const std::vector<std::wstring> words = splitAsWindows(text);
+  if (words.size() < 2) return std::nullopt;
+  return equalIgnoringCase(words.back(), switches::kSilent);
+}
+
+std::vector<std::wstring> splitAsWindows(std::wstring_view text) {
+  // The program ends at the next quote or blank, whatever stands before it.
+  const size_t quoted = text.starts_with(L'"') ? 1 : 0;
+  const size_t programEnd = std::min(quoted ? text.find(L'"', 1) : text.find_first_of(L" \t"), text.size());
+  std::vector<std::wstring> words = {std::wstring(text.substr(quoted, programEnd - quoted))};
+  text.remove_prefix(std::min(programEnd + 1, text.size()));
+
+  bool inWord = false;
+  // 1 within quotes. The third of a row, the one that opened the quotes included, is an ordinary character.
+  int quotes = 0;
+  for (size_t i = 0; i < text.size();) {
+    if (quotes == 0 && (text[i] == L' ' || text[i] == L'\t')) {
+      inWord = false;
+      ++i;
+      continue;
+    }
+    if (!inWord) words.emplace_back();
+    inWord = true;
+    std::wstring& word = words.back();
+
+    const size_t start = i;
+    while (i < text.size() && text[i] == L'\\') ++i;
+    const size_t backslashes = i - start;
+    if (i == text.size() || text[i] != L'"') {
+      word.append(backslashes, L'\\');
+      if (backslashes == 0) word += text[i++];
+      continue;
+    }
+    // Before a quote two backslashes are one, and one that is left over makes the quote an ordinary
+    // character.
+    word.append(backslashes / 2, L'\\');
+    if (backslashes % 2 == 1) {
+      word += L'"';
+    } else {
+      ++quotes;
+    }
+    while (++i < text.size() && text[i] == L'"') {
+      if (++quotes < 3) continue;
+      word += L'"';
+      quotes = 0;
+    }
+    if (quotes == 2) quotes = 0;
+  }
+  return words;
 }
 
 }  // namespace ryn

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,5 +23,14 @@ struct CommandLine {
 /// up to one that ends with a double quote, and backslashes mean nothing. An argument that names an existing
 /// file or folder becomes its absolute long path; one that begins with "/" does not. Never fails.
 CommandLine parseCommandLine(const std::wstring& text);
+
+/// What the command line says of a silent launch: true when its last argument is "silent" in any letter case,
+/// false for any other last argument, nothing when there are no arguments. Arguments are those of
+/// splitAsWindows here.
+std::optional<bool> silentArgument(std::wstring_view text);
+
+/// The program and its arguments as CommandLineToArgvW gives them. Its library, shell32, takes as long to
+/// load as all others together, and every launch would pay for it.
+std::vector<std::wstring> splitAsWindows(std::wstring_view text);
 
 }  // namespace ryn

@@ -1,20 +1,13 @@
 #include "launcher/entry.h"
 
-#include <shellapi.h>
-
 #include <string>
-#include <string_view>
 
 #include "launcher/command_line.h"
 #include "launcher/console.h"
 #include "launcher/error_report.h"
 #include "launcher/launcher.h"
 #include "launcher/service.h"
-#include "launcher/switches.h"
 #include "platform/event_log_prompt.h"
-#include "platform/system_library.h"
-#include "platform/text.h"
-#include "platform/unique_handle.h"
 #include "platform/user_prompt.h"
 #include "platform/wow64.h"
 #include "properties/keys.h"
@@ -53,38 +46,9 @@ void registerWindowClass(HINSTANCE instance) {
   RegisterClassExW(&windowClass);
 }
 
-// What stands behind the program, which ends as the system's own split ends it: at the second double quote,
-// or at the first blank.
-std::wstring_view argumentText(std::wstring_view commandLine) {
-  const bool quoted = commandLine.starts_with(L'"');
-  const size_t end = quoted ? commandLine.find(L'"', 1) : commandLine.find_first_of(L" \t");
-  return end == std::wstring_view::npos ? std::wstring_view() : trim(commandLine.substr(end + 1));
-}
-
-bool lastArgumentIsSilent() {
-  const UniqueModule shell = loadSystemLibrary(L"shell32.dll");
-  const RYN_FUNCTION(CommandLineToArgvW) splitCommandLine(shell.get());
-  if (splitCommandLine == nullptr) return false;
-  int count = 0;
-  const UniqueLocalMemory memory(splitCommandLine(GetCommandLineW(), &count));
-  if (!memory || count < 2) return false;
-  return equalIgnoringCase(static_cast<wchar_t* const*>(memory.get())[count - 1], switches::kSilent);
-}
-
-// Every argument overwrites what the one before said, so only the last one decides. The shell's library,
-// which costs as much to load as all others together, is loaded only for a command line that can have the
-// word in it.
-void applySilentArgument(Launcher& launcher) {
-  const std::wstring_view arguments = argumentText(GetCommandLineW());
-  if (arguments.empty()) return;
-  // Double quotes within a word do not count.
-  const std::wstring letters = lowerCase(replaceAll(arguments, L"\"", L""));
-  const bool mayBeSilent = letters.find(switches::kSilent) != std::wstring::npos;
-  launcher.setSilent(mayBeSilent && lastArgumentIsSilent());
-}
-
 void launch(Launcher& launcher, HINSTANCE instance) {
-  applySilentArgument(launcher);
+  // It replaces what the property file says.
+  if (const std::optional<bool> silent = silentArgument(GetCommandLineW())) launcher.setSilent(*silent);
   launcher.setInstanceHandle(instance);
   launcher.run(true);
   const Console& console = Console::instance();

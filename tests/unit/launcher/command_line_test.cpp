@@ -1,7 +1,12 @@
 #include "launcher/command_line.h"
 
 #include <gtest/gtest.h>
+#include <windows.h>
 
+// Behind the header that it takes its types from.
+#include <shellapi.h>
+
+#include "platform/unique_handle.h"
 #include "tests/unit/support/process_state.h"
 #include "tests/unit/support/temp_folder.h"
 
@@ -58,6 +63,43 @@ TEST(CommandLineTest, ReadsSwitches) {
     EXPECT_EQ(parsed.serviceName, name) << testing::PrintToString(text);
     EXPECT_EQ(parsed.service, *name != 0) << testing::PrintToString(text);
     EXPECT_EQ(parsed.console, console) << testing::PrintToString(text);
+  }
+}
+
+TEST(CommandLineTest, SplitsAsWindowsAndFindsTheSilentArgument) {
+  const std::pair<const wchar_t*, std::optional<bool>> rows[] = {
+      {L"x", {}},
+      {L"x \t ", {}},
+      {L"\"x silent\"", {}},
+      {L"\"x silent", {}},
+      {L"x silent", true},
+      {L"\"x y.exe\"SILENT ", true},
+      {L" silent", true},
+      {L"x\"y silent\" z", false},
+      {L"x a\tsi\"len\"t", true},
+      {L"x silent \"\"", false},
+      {L"x silent a", false},
+      {L"x \"silent a", false},
+      {L"x \"a\" \"silent", true},
+      {L"x silent\\", false},
+      {L"x \"a\\\" silent", false},
+      {L"x \"a\\\\\" silent", true},
+      {L"x a\\\\\\\"b \\\\c \"\\\\\\\"d\" \"e\\\\", false},
+      // Rows of quotes: two, three and four, from outside and from inside, with and without a backslash.
+      {L"x a\"\" silent", true},
+      {L"x \"\"\"silent", false},
+      {L"x \"a\"\" silent", true},
+      {L"x \"a\"\"\" silent", false},
+      {L"x \"\"\"\" silent", false},
+      {L"x \\\"\"\" silent", true},
+      {L"x \"a\\\"\"\"\"\" b\" silent", false},
+  };
+  for (const auto& [text, silent] : rows) {
+    EXPECT_EQ(silentArgument(text), silent) << testing::PrintToString(text);
+    int count = 0;
+    const UniqueLocalMemory memory(CommandLineToArgvW(text, &count));
+    const auto* words = static_cast<wchar_t* const*>(memory.get());
+    EXPECT_EQ(splitAsWindows(text), Words(words, words + count)) << testing::PrintToString(text);
   }
 }
 
