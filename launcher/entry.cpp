@@ -15,37 +15,6 @@
 namespace ryn {
 namespace {
 
-// Class, menu and icon of the download's window all bear this name.
-constexpr wchar_t kWindowClass[] = L"Downloading JVM Pack";
-
-LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-  switch (message) {
-    case WM_CREATE:
-      return 0;
-    case WM_DESTROY:
-      PostQuitMessage(0);
-      return 0;
-    default:
-      return DefWindowProcW(window, message, wParam, lParam);
-  }
-}
-
-// A failure would only cost the download its window.
-void registerWindowClass(HINSTANCE instance) {
-  WNDCLASSEXW windowClass = {};
-  windowClass.cbSize = sizeof(windowClass);
-  windowClass.style = CS_HREDRAW | CS_VREDRAW;
-  windowClass.lpfnWndProc = windowProcedure;
-  windowClass.hInstance = instance;
-  windowClass.hIcon = LoadIconW(instance, kWindowClass);
-  windowClass.hIconSm = windowClass.hIcon;
-  windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-  windowClass.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
-  windowClass.lpszMenuName = kWindowClass;
-  windowClass.lpszClassName = kWindowClass;
-  RegisterClassExW(&windowClass);
-}
-
 void launch(Launcher& launcher, HINSTANCE instance) {
   // It replaces what the property file says.
   if (const std::optional<bool> silent = silentArgument(GetCommandLineW())) launcher.setSilent(*silent);
@@ -87,7 +56,6 @@ int runService(const CommandLine& commandLine, HINSTANCE instance) {
 }  // namespace
 
 int runEntry(HINSTANCE instance) {
-  registerWindowClass(instance);
   if (runsUnderWow64()) disableFileSystemRedirection();
 
   const CommandLine commandLine = parseCommandLine(GetCommandLineW());

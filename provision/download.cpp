@@ -12,6 +12,7 @@
 #include "platform/output.h"
 #include "platform/system_library.h"
 #include "platform/text.h"
+#include "provision/download_window.h"
 #include "resources/string_table.h"
 
 namespace ryn {
@@ -113,6 +114,7 @@ class Download {
     // Any other URL leaves no source, which the transfer reports.
     if (!showsWindows()) return transfer();
 
+    registerDownloadWindowClass(settings_.owner);
     shown_ = this;
     DialogBoxParamW(settings_.owner, MAKEINTRESOURCEW(IDD_DOWNLOAD), nullptr, dialogProcedure, 0);
     shown_ = nullptr;
