@@ -20,7 +20,8 @@ std::wstring tempFolderFrom(const std::wstring& token) {
   if (!token.starts_with(L'"')) return {};
   std::wstring folder = token.substr(1);
   if (!folder.empty()) folder.pop_back();
-  return folderExists(folder) ? folder : std::wstring();
+  // Here, because the current folder changes before the folder is used.
+  return folderExists(folder) ? normalisePath(folder) : std::wstring();
 }
 
 void readSwitches(const std::vector<std::wstring>& tokens, CommandLine& result) {

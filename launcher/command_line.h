@@ -14,7 +14,7 @@ struct CommandLine {
   bool service = false;
   bool console = false;
   std::wstring serviceName;
-  /// An existing folder, or empty.
+  /// The absolute path of an existing folder, or empty.
   std::wstring tempFolder;
 };
 

@@ -107,9 +107,11 @@ TEST(CommandLineTest, TakesTheTempFolderFromQuotesOnly) {
   const test::TempFolder folder;
   const std::wstring name = folder.makeFolder(L"tmp");
   folder.makeFolder(L"ab c");
+  const test::ScopedCurrentFolder here(folder.path());
   const std::pair<std::wstring, std::wstring> rows[] = {
       {L"x -tempdir \"" + name + L"\"", name},
       {L"x -i -tempdir \"" + name + L"\"", name},
+      {L"x -tempdir \"tmp\"", name},
       {L"x -tempdir " + name, L""},
       {L"x -tempdir \"" + folder.at(L"missing") + L"\"", L""},
       {L"x -tempdir \"" + folder.write(L"file") + L"\"", L""},
