@@ -66,14 +66,9 @@ std::wstring createTemporaryFile() {
   static constexpr DWORD kFolderSize = 246;
   wchar_t folder[kFolderSize];
   const DWORD length = GetTempPathW(kFolderSize, folder);
-  if (length == 0 || length >= kFolderSize) {
-    throw FileException(L"no usable temporary folder", length == 0 ? L"" : L"(path too long)");
-  }
+  if (length == 0 || length >= kFolderSize) return {};
   wchar_t path[kPathBufferSize];
-  if (GetTempFileNameW(folder, L"ryn", 0, path) == 0) {
-    throw FileException(L"could not create a temporary file in", folder);
-  }
-  return path;
+  return GetTempFileNameW(folder, L"ryn", 0, path) == 0 ? std::wstring() : path;
 }
 
 std::wstring resolveReparsePoint(const std::wstring& path) {

@@ -31,7 +31,7 @@ std::wstring readLatin1(std::FILE* stream);
 CStream openForAppending(const std::wstring& path);
 
 /// Creates an empty file "ryn" + hexadecimal digits + ".tmp" in the user's temporary folder (TMP, then
-/// TEMP) and returns its full path. Throws FileException when the folder cannot take it.
+/// TEMP) and returns its full path; empty when there is no such folder or it cannot take the file.
 std::wstring createTemporaryFile();
 
 /// The target of a symbolic link or junction; `path` itself when it is none or cannot be resolved.

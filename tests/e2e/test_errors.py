@@ -63,9 +63,3 @@ def test_property_file_that_cannot_be_read(make_app):
     assert text.startswith("an unknown exception has occurrred.\n" + "could not open file for read"), text
     assert windows_path(app.ryn) in text
     assert (result.box.title, result.exit_code) == (ERROR_TITLE, 0)
-
-
-def test_no_temporary_folder(app):
-    result = app.run(vm=install_vm(app.folder / "vm"), env={"TMP": r"Z:\none", "TEMP": r"Z:\none"})
-    assert result.box.text.startswith("an unknown exception has occurrred.\n")
-    assert (result.box.title, result.exit_code, result.records) == (ERROR_TITLE, 0, [])

@@ -162,6 +162,11 @@ def test_temporary_properties(app):
     assert environment["MiXed"] == "C:\\dir\\ü文"
 
 
+def test_starts_without_a_temporary_folder(app):
+    result = launch(app, "x", vm=install_vm(app.folder / "vm"), env={"TMP": r"Z:\none", "TEMP": r"Z:\none"})
+    assert result.record["arguments"][-3:] == [windows_path(app.ryn).replace("\\", "/"), "", "x"]
+
+
 def test_temp_folder_option(app):
     vm = install_vm(app.folder / "vm")
     chosen, blank = app.folder.parent / "chosen", app.folder.parent / "with blank"

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/errors.h"
 #include "platform/paths.h"
 #include "tests/unit/support/process_state.h"
 #include "tests/unit/support/temp_folder.h"
@@ -56,9 +55,9 @@ TEST(FilesTest, CreatesTemporaryFilesWhereTmpThenTempSays) {
     EXPECT_NE(createTemporaryFile(), path);
   }
   const ScopedVariable absent(L"TMP", first.at(L"absent"));
-  EXPECT_THROW(createTemporaryFile(), FileException);
+  EXPECT_EQ(createTemporaryFile(), L"");
   const ScopedVariable tooLong(L"TMP", L"C:\\" + std::wstring(250, L't'));
-  EXPECT_THROW(createTemporaryFile(), FileException);
+  EXPECT_EQ(createTemporaryFile(), L"");
 }
 
 // Windows lets ordinary users make no links, and Wine makes none at all, so the build makes this one.
