@@ -1,9 +1,6 @@
 #include "launcher/console.h"
 
-#include <io.h>
 #include <windows.h>
-
-#include <cstdio>
 
 #include "platform/output.h"
 #include "platform/text.h"
@@ -11,26 +8,18 @@
 namespace ryn {
 namespace {
 
-void reopen(std::FILE* stream, const char* device, const char* mode) {
-  if (_fileno(stream) >= 0) {
-    std::freopen(device, mode, stream);
-    return;
-  }
-  // Started without standard handles, the process has streams that not every C runtime reopens. That of this
-  // program lets them be replaced.
-  std::FILE* opened = std::fopen(device, mode);
-  if (opened != nullptr) *stream = *opened;  // NOLINT(misc-non-copyable-objects)
-}
-
-// The VM inherits these handles; those that AllocConsole leaves alone, because the process was started with
-// redirected ones, would send its output past the console that was asked for. Readable and writable, as a
-// console's own handles are: a VM that asks for the console's mode needs both.
-void useAsStandardHandle(DWORD which, const wchar_t* device) {
+// Readable and writable, as a console's own handles are: who asks for the console's mode, this program or the
+// VM that inherits the handle, needs both.
+void useConsoleFor(DWORD stream, const wchar_t* device) {
   SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
-  HANDLE handle = CreateFileW(device, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                              &inheritable, OPEN_EXISTING, 0, nullptr);
+  const HANDLE console = CreateFileW(device, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                     &inheritable, OPEN_EXISTING, 0, nullptr);
+  if (console == INVALID_HANDLE_VALUE) return;
+  // A redirected stream is not for the VM: the reader of a pipe would wait for all that the VM leaves
+  // running.
+  SetHandleInformation(GetStdHandle(stream), HANDLE_FLAG_INHERIT, 0);
   // The process keeps it to its end.
-  if (handle != INVALID_HANDLE_VALUE) SetStdHandle(which, handle);
+  SetStdHandle(stream, console);
 }
 
 }  // namespace
@@ -60,18 +49,20 @@ void Console::open(const std::wstring& title) {
     allocated_ = true;
   }
   SetConsoleTitleW(title.c_str());
-  reopen(stdin, "CONIN$", "r");
-  reopen(stdout, "CONOUT$", "w");
-  reopen(stderr, "CONOUT$", "w");
-  // Last: reopening a stream closes the standard handle behind it.
-  useAsStandardHandle(STD_INPUT_HANDLE, L"CONIN$");
-  useAsStandardHandle(STD_OUTPUT_HANDLE, L"CONOUT$");
-  useAsStandardHandle(STD_ERROR_HANDLE, L"CONOUT$");
+  useConsoleFor(STD_INPUT_HANDLE, L"CONIN$");
+  useConsoleFor(STD_OUTPUT_HANDLE, L"CONOUT$");
+  useConsoleFor(STD_ERROR_HANDLE, L"CONOUT$");
 }
 
 void Console::holdOpen() const {
   writeOutput(L"[press enter to close this window]\n");
-  std::getchar();
+  wchar_t character = 0;
+  DWORD count = 0;
+  do {
+    SetLastError(ERROR_SUCCESS);
+    // Ctrl+C ends the wait, and is no answer.
+  } while (ReadConsoleW(GetStdHandle(STD_INPUT_HANDLE), &character, 1, &count, nullptr) && count == 0 &&
+           GetLastError() == ERROR_OPERATION_ABORTED);
 }
 
 }  // namespace ryn

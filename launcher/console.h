@@ -22,12 +22,12 @@ class Console {
   /// True once `open` has been called.
   bool isAllocated() const { return allocated_; }
 
-  /// Opens the console window and makes it the process's standard handles and C streams, so that a child
-  /// started later reads and writes there, too. Failures are not reported: the launch goes on without visible
-  /// output.
+  /// Opens the console window and makes it the process's standard handles, which a child started later
+  /// inherits. Failures are not reported:
+  /// the launch goes on without visible output.
   void open(const std::wstring& title);
 
-  /// Writes the prompt and waits for a line on standard input.
+  /// Writes the prompt and waits for Enter in the console.
   void holdOpen() const;
 
  private:

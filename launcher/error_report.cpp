@@ -1,7 +1,5 @@
 #include "launcher/error_report.h"
 
-#include <windows.h>
-
 #include "platform/errors.h"
 #include "platform/output.h"
 #include "platform/text.h"
@@ -11,11 +9,8 @@ namespace ryn {
 namespace {
 
 void writeNoValidVm(const std::wstring& text, const std::wstring& title) {
-  // Only a console takes this; a redirected stream gets the exit code alone.
-  const std::wstring line = concat({title, L": ", text, L"\r\n"});
-  DWORD written = 0;
-  WriteConsoleW(GetStdHandle(STD_ERROR_HANDLE), line.c_str(), static_cast<DWORD>(line.size()), &written,
-                nullptr);
+  // A redirected stream gets the exit code alone.
+  writeErrorToConsole(concat({title, L": ", text, L"\n"}));
   writeOutput(concat({L"\nexit code : ", decimal(kExitNoValidVm), L"\n"}));
 }
 

@@ -1,41 +1,59 @@
 #include "platform/output.h"
 
-#include <io.h>
 #include <windows.h>
 
-#include <cstdio>
+#include <algorithm>
 
 #include "platform/text.h"
 
 namespace ryn {
 namespace {
 
-void write(std::FILE* stream, std::wstring_view text) {
-  const int descriptor = _fileno(stream);
-  // A GUI program that was started without standard handles has streams without descriptors.
-  if (descriptor < 0) return;
+std::wstring withWindowsLineEnds(std::wstring_view text) {
+  return replaceAll(text, L"\n", L"\r\n");
+}
 
-  const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+/// False when `handle` is no console. Asking for its mode takes a handle that can be read from, too.
+bool writeToConsole(HANDLE handle, std::wstring_view text) {
   DWORD mode = 0;
-  if (GetConsoleMode(handle, &mode)) {
-    std::fflush(stream);
+  if (!GetConsoleMode(handle, &mode)) return false;
+  // Up to Windows 7 a console refuses a text of 64 KB, which a long class path reaches.
+  static constexpr size_t kPieceSize = 8192;
+  while (!text.empty()) {
+    size_t size = std::min(text.size(), kPieceSize);
+    if (size < text.size() && IS_HIGH_SURROGATE(text[size - 1])) --size;
     DWORD written = 0;
-    WriteConsoleW(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
-    return;
+    if (!WriteConsoleW(handle, text.data(), static_cast<DWORD>(size), &written, nullptr)) break;
+    text.remove_prefix(written);
   }
-  const std::string bytes = toAnsi(text);
-  std::fwrite(bytes.data(), 1, bytes.size(), stream);
-  std::fflush(stream);
+  return true;
+}
+
+void write(DWORD stream, std::wstring_view text) {
+  const HANDLE handle = GetStdHandle(stream);
+  const std::wstring lines = withWindowsLineEnds(text);
+  if (writeToConsole(handle, lines)) return;
+  const std::string ansi = toAnsi(lines);
+  std::string_view bytes = ansi;
+  DWORD written = 0;
+  while (!bytes.empty() &&
+         WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) {
+    bytes.remove_prefix(written);
+  }
 }
 
 }  // namespace
 
 void writeOutput(std::wstring_view text) {
-  write(stdout, text);
+  write(STD_OUTPUT_HANDLE, text);
 }
 
 void writeError(std::wstring_view text) {
-  write(stderr, text);
+  write(STD_ERROR_HANDLE, text);
+}
+
+void writeErrorToConsole(std::wstring_view text) {
+  writeToConsole(GetStdHandle(STD_ERROR_HANDLE), withWindowsLineEnds(text));
 }
 
 }  // namespace ryn
