@@ -22,6 +22,12 @@ void useConsoleFor(DWORD stream, const wchar_t* device) {
   SetStdHandle(stream, console);
 }
 
+// In the launcher's own console both are meant for the VM, whose exit code the launcher waits for. A routine
+// and not the flag to ignore them, which the VM would inherit.
+BOOL WINAPI leaveToVm(DWORD event) {
+  return event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
+}
+
 }  // namespace
 
 ConsoleReason decideConsole(bool controlKeyDown, bool commandLineFlag, const std::wstring& stdoutRedirect,
@@ -46,6 +52,7 @@ Console& Console::instance() {
 void Console::open(const std::wstring& title) {
   if (!allocated_) {
     AllocConsole();
+    SetConsoleCtrlHandler(leaveToVm, TRUE);
     allocated_ = true;
   }
   SetConsoleTitleW(title.c_str());

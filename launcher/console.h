@@ -23,7 +23,7 @@ class Console {
   bool isAllocated() const { return allocated_; }
 
   /// Opens the console window and makes it the process's standard handles, which a child started later
-  /// inherits. Failures are not reported:
+  /// inherits. From then on Ctrl+C and Ctrl+Break there are left to that child. Failures are not reported:
   /// the launch goes on without visible output.
   void open(const std::wstring& title);
 

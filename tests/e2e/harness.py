@@ -300,7 +300,7 @@ class App:
 
     def start(self, tail="", *, command=None, vm=None, path=SYSTEM_PATH, env=None, unset=(), folder=None,
               stdin=None, handles=True, limit=LIMIT_SECONDS, press=True, cancel=None, close=(), enter=None,
-              control=False, host_environment=None):
+              interrupt=None, control=False, host_environment=None):
         """Starts the launcher. `tail` is what stands behind the quoted program in the raw command line (or
         `command` is all of it); `vm` a host path for RYN_VM; `path` the variable PATH; `env` and `unset` more
         variables; `folder` the current folder (default: the application's); `stdin` bytes for standard
@@ -316,6 +316,7 @@ class App:
                    ("folder", windows_path(folder or self.folder)),
                    ("handles", "own" if handles else "none"), ("press", "yes" if press else "no"),
                    ("control", "held" if control else ""), ("enter", enter or ""),
+                   ("interrupt", interrupt or ""),
                    *(("set", f"{name}={value}") for name, value in (variables | (env or {})).items()),
                    *(("unset", name) for name in unset), *(("close", title) for title in close)]
         if cancel is not None:

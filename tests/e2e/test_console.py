@@ -37,6 +37,15 @@ def test_console_is_opened(app, tail, properties, title, handles):
     assert console_lines(result) == []
 
 
+def test_ctrl_c_ends_the_vm_alone(app):
+    app.configure(**{PAUSE: "on"})
+    result = app.run("-i console", vm=install_vm(app.folder / "vm"), interrupt="VM at work", enter=PROMPT,
+                     env={"STAND_IN_TEXT": "VM at work", "STAND_IN_WAIT": "never set", "STAND_IN_EXIT": 9}, limit=30)
+    # An interrupted program ends with 0 in Wine.
+    assert result.exit_code in (0, 0xC000013A)
+    assert result.console[-1].startswith("VM at work" + PROMPT)
+
+
 @pytest.mark.parametrize("tail, properties", [
     ("-i Console", {}), ("x console", {}), ("-i", {PAUSE: "true"}),
     ("", {"ryn__stdout__redirect": "console.log", "ryn__stderr__redirect": "", PAUSE: "yes"}),
