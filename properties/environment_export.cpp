@@ -11,7 +11,7 @@ std::wstring environmentLines(const EnvironmentMap& environment) {
   std::wstring lines;
   for (const auto& variable : environment) {
     const std::wstring name = escapeProperty(variable.first);
-    // The Java side asks by the escaped name, and so has the look-up always done.
+    // Not under the variable's own name: docs/quirks.md.
     const auto found = environment.find(name);
     const std::wstring value = found == environment.end() ? std::wstring() : escapeProperty(found->second);
     lines += concat({keys::kEnvironmentPrefix, lowerCase(name), L"=", value, L"\n",  //

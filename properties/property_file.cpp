@@ -7,8 +7,7 @@
 namespace ryn {
 namespace {
 
-// What the C library's wide read gives at the end of a file. Readers of this format have always put it
-// behind the last line.
+// What the C library's wide read gives at the end of a file; it ends up behind the last line.
 constexpr wchar_t kEndOfFile = 0xFFFF;
 
 int hexValue(wchar_t c) {

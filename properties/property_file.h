@@ -7,7 +7,7 @@
 namespace ryn {
 
 /// Entries of a property file: key to value, keys compared exactly. The syntax is narrower than that
-/// of Java's own property files, and files in the field depend on its quirks:
+/// of Java's own property files:
 ///  - each byte is one character; there is no UTF-8 and no byte-order mark;
 ///  - a line is a comment only when "#" is its very first character; "!" starts none;
 ///  - only "=" separates; a line without it is skipped;

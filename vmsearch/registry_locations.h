@@ -16,8 +16,7 @@ struct RegistryLocation {
   const wchar_t* vendor;
 };
 
-/// In the order of the search. Installers of IBM's kits have crossed the two names, and the kinds follow
-/// what is really found there.
+/// In the order of the search. IBM's two kinds are crossed: docs/quirks.md.
 inline constexpr RegistryLocation kRegistryLocations[] = {
     {L"SOFTWARE\\JavaSoft\\JDK", VmKind::kJdk, L"Sun"},
     {L"SOFTWARE\\JavaSoft\\JRE", VmKind::kJre, L"Sun"},
