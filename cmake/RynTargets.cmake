@@ -8,7 +8,8 @@ target_compile_definitions(ryn_build_flags INTERFACE
   # Oldest Windows whose declarations we use; what is newer is looked up at run time.
   _WIN32_WINNT=0x0601 WINVER=0x0601)
 target_compile_options(ryn_build_flags INTERFACE
-  $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror>
+  $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wconversion -Wshadow>
+  $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<BOOL:${RYN_WARNINGS_AS_ERRORS}>>:-Werror>
   # No -ffunction-sections: on Windows the unwind tables keep every section, and each is padded to 16 bytes.
   $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>
   # Both make variants of the same few string functions, one for each source file, which cost 10 KB together.
