@@ -2,19 +2,17 @@
 
 #include <windows.h>
 
-#include <memory>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "launcher/command_line.h"
+#include "platform/environment.h"
 #include "platform/unique_handle.h"
 #include "platform/user_prompt.h"
 #include "properties/property_file.h"
 #include "provision/build_options.h"
-#include "vmlaunch/java_vm.h"
-#include "vmsearch/installed_vms.h"
-#include "vmsearch/vm_choice.h"
-#include "vmsearch/vm_validator.h"
+#include "vmlaunch/launch_plan.h"
+#include "vmsearch/system_vm_probe.h"
 
 namespace ryn {
 
@@ -52,19 +50,12 @@ class Launcher {
   HANDLE vmProcess() const { return vmProcess_.get(); }
 
  private:
-  class Sources;
-
   void loadProperties();
   void openConsole();
-  void chooseVm();
-  bool searchInstalledVms();
-  bool searchDescribedVms(int count);
-  bool useResultOf(VmChoice choice);
-  VmRules vmRules();
-  VmHost vmHost() const;
-  void use(const VmCandidate& candidate);
-  void useExecutable(const std::wstring& path, VmSource source);
-  void startVm();
+  VmChoice chooseVm() const;
+  std::wstring fetchVmPack(const VmPack& pack, std::wstring_view digestFailureText) const;
+  LaunchPlan planLaunch(const VmChoice& choice) const;
+  void handOver(const LaunchPlan& plan) const;
 
   UserPrompt& prompt_;
   CommandLine commandLine_;
@@ -74,17 +65,12 @@ class Launcher {
   PropertyFile properties_;
   bool hasJvmspecs_ = false;
   PropertyFile jvmspecs_;
+  EnvironmentMap environment_;
   std::wstring startFolder_;
   bool silent_ = false;
-  bool showProgress_ = false;
   HINSTANCE instance_ = nullptr;
 
   SystemVmProbe probe_;
-  InstalledVms installedVms_;
-  VmValidator validator_;
-  /// Every VM that was seen on the way to the choice.
-  std::vector<ConsideredVm> considered_;
-  JavaVmPtr vm_{nullptr, nullptr};
   UniqueHandle vmProcess_;
   DWORD exitCode_ = 0;
 };

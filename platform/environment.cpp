@@ -29,8 +29,13 @@ EnvironmentMap readEnvironment() {
 }
 
 std::wstring pathVariable(const EnvironmentMap& environment) {
-  const auto found = std::find_if(environment.begin(), environment.end(),
-                                  [](const auto& variable) { return lowerCase(variable.first) == L"path"; });
+  return variableIn(environment, L"PATH");
+}
+
+std::wstring variableIn(const EnvironmentMap& environment, std::wstring_view name) {
+  const auto found = std::find_if(environment.begin(), environment.end(), [&](const auto& variable) {
+    return equalIgnoringCase(variable.first, name);
+  });
   return found == environment.end() ? std::wstring() : found->second;
 }
 

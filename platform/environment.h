@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 
 namespace ryn {
 
@@ -19,6 +20,9 @@ EnvironmentMap readEnvironment();
 
 /// The value of the variable that is called "path" in any letter case; empty when there is none.
 std::wstring pathVariable(const EnvironmentMap& environment);
+
+/// The value of the variable `name`, names compared as Windows does; empty when there is none.
+std::wstring variableIn(const EnvironmentMap& environment, std::wstring_view name);
 
 /// One variable of this process, its name compared as Windows does; empty when unset.
 std::wstring environmentVariable(const std::wstring& name);

@@ -20,8 +20,20 @@ std::wstring currentFolder();
 /// Absolute as the property files mean it: the first character is "\" or the second is ":".
 bool isAbsolutePath(std::wstring_view path);
 
+/// A drive and its root, or a share: a path that means the same from every folder.
+bool isFullPath(std::wstring_view path);
+
+/// Without the "\" at its end, of which a folder's path may have some.
+std::wstring withoutTrailingSeparators(std::wstring_view path);
+
 /// `folder` + "\" + `name`, without a second "\" when `folder` ends in one.
 std::wstring joinPath(std::wstring_view folder, std::wstring_view name);
+
+/// The absolute form of a path that `baseFolder` (absolute) is the current folder for: "/" becomes "\\", "."
+/// and ".." segments and blanks and dots at the end go, as GetFullPathNameW does it, but without asking the
+/// process for its current folders. Paths that begin with "\\\\?\\" stay as they are; an empty path stays
+/// empty.
+std::wstring resolvePath(std::wstring_view path, std::wstring_view baseFolder);
 
 /// Without "." and ".." segments, as GetFullPathNameW gives it; relative paths count from the
 /// current folder. Unchanged when the system refuses it, empty for an empty path.

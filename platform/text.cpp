@@ -40,6 +40,12 @@ bool equalIgnoringCase(std::wstring_view a, std::wstring_view b) {
                               TRUE) == CSTR_EQUAL;
 }
 
+std::wstring foldCase(std::wstring_view text) {
+  std::wstring folded(text);
+  CharUpperBuffW(folded.data(), static_cast<DWORD>(folded.size()));
+  return folded;
+}
+
 std::wstring_view trim(std::wstring_view text) {
   while (!text.empty() && text.front() <= L' ') text.remove_prefix(1);
   while (!text.empty() && text.back() <= L' ') text.remove_suffix(1);

@@ -15,6 +15,10 @@ std::wstring upperCase(std::wstring_view text);
 /// Compares as the file system does (ordinal, case folded by the system's table).
 bool equalIgnoringCase(std::wstring_view a, std::wstring_view b);
 
+/// A text that two names share exactly when the file system takes them for one (upper case by the system's
+/// table).
+std::wstring foldCase(std::wstring_view text);
+
 /// Removes every character with a code of 0x20 or less from both ends.
 std::wstring_view trim(std::wstring_view text);
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cwchar>
 
-#include "platform/environment.h"
 #include "platform/text.h"
 
 namespace ryn {
@@ -42,10 +41,10 @@ std::wstring mainClass(const PropertyFile& properties) {
   return properties.get(L"ryn.nl.java.launcher.main.class");
 }
 
-std::wstring classPath(const PropertyFile& properties) {
+std::wstring classPath(const PropertyFile& properties, const EnvironmentMap& environment) {
   std::wstring value = properties.get(L"ryn.class.path");
   if (value.find(keys::kClasspathPlaceholder) == std::wstring::npos) return value;
-  return replaceFirst(value, keys::kClasspathPlaceholder, environmentVariable(L"CLASSPATH"));
+  return replaceFirst(value, keys::kClasspathPlaceholder, variableIn(environment, L"CLASSPATH"));
 }
 
 std::wstring userDir(const PropertyFile& properties) {
@@ -118,6 +117,10 @@ int32_t microsoftVmMinVersion(const PropertyFile& properties) {
 
 uint64_t launcherPlatform(const PropertyFile& properties) {
   return parseSize(properties.get(L"ryn.nl.win32.java.launcher.platform", L"1"));
+}
+
+std::wstring vmBits(const PropertyFile& properties) {
+  return properties.get(L"ryn.win32.vm.bits");
 }
 
 std::wstring installerUi(const PropertyFile& properties) {

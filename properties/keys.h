@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/environment.h"
 #include "properties/property_file.h"
 
 namespace ryn {
@@ -45,8 +46,8 @@ std::wstring jvmHigh(const PropertyFile& properties);
 /// "true" switches the VM folder security check on.
 std::wstring secureFolderCheck(const PropertyFile& properties);
 std::wstring mainClass(const PropertyFile& properties);
-/// With the first "$ENV_CLASSPATH$" replaced by the environment variable CLASSPATH.
-std::wstring classPath(const PropertyFile& properties);
+/// With the first "$ENV_CLASSPATH$" replaced by the variable CLASSPATH of `environment`.
+std::wstring classPath(const PropertyFile& properties, const EnvironmentMap& environment);
 /// Working folder of the Java application.
 std::wstring userDir(const PropertyFile& properties);
 /// Title of the console window; default "Kestrune".
@@ -75,6 +76,8 @@ uint32_t serviceStopSeconds(const PropertyFile& properties);
 int32_t microsoftVmMinVersion(const PropertyFile& properties);
 /// Which bitness classes are acceptable; 1 when absent, which admits class 1 only.
 uint64_t launcherPlatform(const PropertyFile& properties);
+/// "64" or "32" admits only VMs whose image has that bitness; any other text all.
+std::wstring vmBits(const PropertyFile& properties);
 /// "SILENT" makes the launch silent.
 std::wstring installerUi(const PropertyFile& properties);
 

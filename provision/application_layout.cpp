@@ -1,9 +1,7 @@
 #include "provision/application_layout.h"
 
 #include "platform/files.h"
-#include "platform/paths.h"
 #include "platform/text.h"
-#include "provision/unpack_marker.h"
 
 namespace ryn {
 namespace {
@@ -28,14 +26,14 @@ std::wstring findJvmspecs(const std::wstring& launcherFolder) {
   return {};
 }
 
-std::wstring findShippedVm(const std::wstring& launcherFolder) {
+std::vector<std::wstring> shippedVmPaths(const std::wstring& launcherFolder) {
+  std::vector<std::wstring> paths;
   for (const wchar_t* folder : kWindowsFolders) {
     for (const wchar_t* home : {L"\\resource\\jre", L"\\resource\\jre\\jre"}) {
-      std::wstring path = concat({launcherFolder, folder, home, L"\\bin\\java.exe"});
-      if (fileExists(path) && !isHalfUnpacked(folderPart(path))) return path;
+      paths.push_back(concat({launcherFolder, folder, home, L"\\bin\\java.exe"}));
     }
   }
-  return {};
+  return paths;
 }
 
 std::wstring packDestination(const std::wstring& launcherFolder, const std::wstring& url) {

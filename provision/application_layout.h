@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace ryn {
 
@@ -11,8 +12,8 @@ namespace ryn {
 /// jvmspecs.properties: in "jvmspecs" beside the launcher, else in that of a Windows folder.
 std::wstring findJvmspecs(const std::wstring& launcherFolder);
 
-/// java.exe of the VM that ships with the application; one that is half unpacked (isHalfUnpacked) is none.
-std::wstring findShippedVm(const std::wstring& launcherFolder);
+/// Where java.exe of the VM that ships with the application may lie; the first that exists counts.
+std::vector<std::wstring> shippedVmPaths(const std::wstring& launcherFolder);
 
 /// Where the pack of `url` is stored: the jvmspecs folder and the last segment of the URL, joined without
 /// a separator ("...\Windows\jvmspecsjre.vm"), so that the pack lies beside that folder.

@@ -5,7 +5,7 @@
 namespace ryn {
 namespace {
 
-PackSource readPack(const PropertyFile& jvmspecs, const wchar_t* urlKey, const std::wstring& checksumPrefix) {
+VmPack readPack(const PropertyFile& jvmspecs, const wchar_t* urlKey, const std::wstring& checksumPrefix) {
   return {.url = jvmspecs.get(urlKey),
           .verify = jvmspecs.get(checksumPrefix + L".applicable") == L"true",
           .digest = jvmspecs.get(checksumPrefix + L".value")};

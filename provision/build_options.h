@@ -7,7 +7,7 @@
 namespace ryn {
 
 /// A VM pack and how to tell that it arrived whole.
-struct PackSource {
+struct VmPack {
   std::wstring url;
   bool verify = false;
   /// Expected MD5 digest, 32 lower-case hexadecimal digits.
@@ -26,9 +26,9 @@ struct BuildOptions {
   bool jvmspecApplicable = false;
   int jvmspecCount = 0;
   /// The pack of option 11, fetched when a search found nothing.
-  PackSource notFoundPack;
+  VmPack notFoundPack;
   /// The pack of option 12, fetched without a search.
-  PackSource directPack;
+  VmPack directPack;
 
   /// Whether searches follow the jvmspec entries; else they are the ordinary ones.
   bool usesJvmspecs() const { return jvmspecApplicable && jvmspecCount >= 1; }

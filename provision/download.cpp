@@ -33,15 +33,14 @@ constexpr int kBarDpi = 96;
 int dpiOf(HWND window) {
   // Since Windows 10 1607, whose function the headers for older systems lack, it can be another one than the
   // system's.
-  const auto dpiForWindow = getFunction<UINT(WINAPI*)(HWND)>(GetModuleHandleW(L"user32"), "GetDpiForWindow");
+  const auto dpiForWindow =
+      reinterpret_cast<UINT(WINAPI*)(HWND)>(findFunction(GetModuleHandleW(L"user32"), "GetDpiForWindow"));
   if (dpiForWindow != nullptr) {
     if (const UINT dpi = dpiForWindow(window); dpi != 0) return static_cast<int>(dpi);
   }
-  const UniqueModule gdi = loadSystemLibrary(L"gdi32.dll");
-  const auto deviceCaps = getFunction<decltype(&GetDeviceCaps)>(gdi.get(), "GetDeviceCaps");
-  const HDC context = deviceCaps != nullptr ? GetDC(window) : nullptr;
+  const HDC context = GetDC(window);
   if (context == nullptr) return kBarDpi;
-  const int dpi = deviceCaps(context, LOGPIXELSX);
+  const int dpi = GetDeviceCaps(context, LOGPIXELSX);
   ReleaseDC(window, context);
   return dpi;
 }

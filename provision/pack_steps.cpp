@@ -66,11 +66,11 @@ FILETIME processStart() {
   return start;
 }
 
-bool isIntact(const PackSource& pack, const std::wstring& path, const std::wstring& digestFailureText,
+bool isIntact(const VmPack& pack, const std::wstring& path, std::wstring_view digestFailureText,
               const Messages& messages) {
   messages.say(L"\nVerifying the downloaded JVM with MD5 checksum specified\n");
   if (md5OfFile(path) != pack.digest) {
-    messages.tell(digestFailureText, L"MD5 Checksum Verification",
+    messages.tell(std::wstring(digestFailureText), L"MD5 Checksum Verification",
                   L"Warning!! MD5 checksum verification for downloaded JVM failed. Installer exiting...");
     return false;
   }
@@ -80,7 +80,7 @@ bool isIntact(const PackSource& pack, const std::wstring& path, const std::wstri
 
 }  // namespace
 
-std::wstring fetchPack(const PackSource& pack, const std::wstring& digestFailureText,
+std::wstring fetchPack(const VmPack& pack, std::wstring_view digestFailureText,
                        const std::wstring& launcherFolder, const DownloadSettings& settings,
                        UserPrompt& userPrompt) {
   FetchLock lock(launcherFolder);

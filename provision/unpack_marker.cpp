@@ -1,5 +1,6 @@
 #include "provision/unpack_marker.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "platform/files.h"
@@ -17,15 +18,21 @@ constexpr int kFoldersAbove = 2;
 
 }  // namespace
 
-bool isHalfUnpacked(const std::wstring& folder) {
+std::vector<std::wstring> unpackMarkers(const std::wstring& folder) {
+  std::vector<std::wstring> markers;
   std::wstring_view at = folder;
   for (int above = 0; above <= kFoldersAbove; ++above) {
     at = at.substr(0, at.find_last_not_of(L'\\') + 1);
     if (at.empty()) break;
-    if (pathExists(joinPath(at, kMarker))) return true;
+    markers.push_back(joinPath(at, kMarker));
     at = at.substr(0, at.rfind(L'\\') + 1);
   }
-  return false;
+  return markers;
+}
+
+bool isHalfUnpacked(const std::wstring& folder) {
+  const std::vector<std::wstring> markers = unpackMarkers(folder);
+  return std::any_of(markers.begin(), markers.end(), pathExists);
 }
 
 bool beginUnpacking(const std::wstring& folder) {

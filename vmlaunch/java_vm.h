@@ -5,25 +5,14 @@
 
 #include "platform/unique_handle.h"
 #include "platform/user_prompt.h"
-#include "vmlaunch/launch_request.h"
-#include "vmlaunch/vm_command_line.h"
-#include "vmsearch/vm_candidate.h"
+#include "vmlaunch/launch_plan.h"
 
 namespace ryn {
 
-/// What a VM object needs of the program that launches it.
-struct VmHost {
-  /// The launcher has a console: the VM's console executable is run.
-  bool console = false;
-  UserPrompt& prompt;
-  /// True when the folder is one that the security check refuses.
-  bool (*refusesFolder)(const std::wstring& folder);
-};
-
-/// An installed VM that knows which of its programs to run and which options that program speaks.
+/// The VM of a launch plan, which must outlive it, ready to be started.
 class JavaVM {
  public:
-  JavaVM(const VmCandidate& candidate, const VmHost& host);
+  JavaVM(const LaunchPlan& plan, UserPrompt& prompt) : plan_(plan), prompt_(prompt) {}
 
   /// Starts the VM. Returns the process, or an empty handle when the launch is refused; the user has then
   /// been told. Throws TerminalError when the VM is too old or its process cannot be started.
@@ -32,23 +21,18 @@ class JavaVM {
   /// `launch` without waiting.
   virtual UniqueHandle launchDefault(const LaunchRequest& request) = 0;
 
-  /// Full path of the program that `launch` runs; not tested for existence when it is the last resort.
-  virtual std::wstring executablePath() const = 0;
-
-  JavaVersion version() const { return version_; }
-  const std::wstring& home() const { return home_; }
-  std::wstring_view vendor() const { return vendor_; }
+  /// Full path of the program that `launch` runs.
+  virtual std::wstring executablePath() const { return plan_.program; }
 
  protected:
   ~JavaVM() = default;
 
-  const VmHost& host() const { return host_; }
+  const LaunchPlan& plan() const { return plan_; }
+  UserPrompt& prompt() const { return prompt_; }
 
  private:
-  JavaVersion version_;
-  std::wstring home_;
-  std::wstring_view vendor_;
-  VmHost host_;
+  const LaunchPlan& plan_;
+  UserPrompt& prompt_;
 };
 
 /// Generation 1: its own option dialect, jre.exe or java.exe.
@@ -57,7 +41,6 @@ class ClassicJavaVM final : public JavaVM {
   using JavaVM::JavaVM;
   UniqueHandle launch(LaunchRequest request, bool wait) override;
   UniqueHandle launchDefault(const LaunchRequest& request) override { return launch(request, false); }
-  std::wstring executablePath() const override;
 };
 
 /// Every later VM: the -X dialect; the only kind whose folder is checked.
@@ -66,7 +49,6 @@ class ModernJavaVM final : public JavaVM {
   using JavaVM::JavaVM;
   UniqueHandle launch(LaunchRequest request, bool wait) override;
   UniqueHandle launchDefault(const LaunchRequest& request) override { return launch(request, false); }
-  std::wstring executablePath() const override;
 };
 
 /// jview.exe.
@@ -75,13 +57,12 @@ class MicrosoftJavaVM final : public JavaVM {
   using JavaVM::JavaVM;
   UniqueHandle launch(LaunchRequest request, bool wait) override;
   UniqueHandle launchDefault(const LaunchRequest& request) override { return launch(request, false); }
-  std::wstring executablePath() const override;
 };
 
 /// The deleter knows the concrete class.
 using JavaVmPtr = std::unique_ptr<JavaVM, void (*)(JavaVM*)>;
 
-/// The object for a VM that discovery found.
-JavaVmPtr makeJavaVm(const VmCandidate& candidate, const VmHost& host);
+/// The object for the plan's VM; both arguments must outlive it.
+JavaVmPtr makeJavaVm(const LaunchPlan& plan, UserPrompt& prompt);
 
 }  // namespace ryn

@@ -1,6 +1,5 @@
 #include "vmlaunch/launch_request.h"
 
-#include "platform/output.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "properties/keys.h"
@@ -15,6 +14,7 @@ std::wstring resolve(const std::wstring& path, const std::wstring& folder) {
 void setVerbosity(const std::wstring& text, LaunchRequest& request) {
   request.verbose = !text.empty();
   request.verbosityOption.clear();
+  request.diagnostics.clear();
   if (!request.verbose) return;
 
   const std::wstring choice = lowerCase(text);
@@ -24,7 +24,7 @@ void setVerbosity(const std::wstring& text, LaunchRequest& request) {
     return;
   }
   if (choice != L"none") {
-    writeError(concat({L"invalid verbosity selection '", choice, L"', disabling verbosity.\n"}));
+    request.diagnostics = concat({L"invalid verbosity selection '", choice, L"', disabling verbosity.\n"});
   }
   request.verbose = false;
 }
@@ -32,8 +32,8 @@ void setVerbosity(const std::wstring& text, LaunchRequest& request) {
 Classpath splitClasspath(const std::wstring& text, const std::wstring& folder) {
   Classpath classpath;
   for (const std::wstring& entry : split(text, L';')) {
-    // An empty piece, such as CLASSPATH leaves when it is unset, is no entry: it would put the whole
-    // application folder on the class path.
+    // An empty piece is what an unset CLASSPATH or a stray ";" leaves. Nobody meant the application folder by
+    // it, whose classes would then come before those of the jars behind it.
     if (!entry.empty()) classpath.entries.push_back(resolve(entry, folder));
   }
   return classpath;
@@ -56,17 +56,17 @@ std::wstring joinClasspath(const Classpath& classpath) {
   return joined;
 }
 
-void LaunchRequest::fillFromProperties(const Source& source, LaunchRequest& request) {
-  const PropertyFile& properties = source.properties;
-  const std::wstring folder = folderPart(source.propertiesPath);
+void LaunchRequest::fillFromProperties(const LaunchFacts& facts, LaunchRequest& request) {
+  const PropertyFile& properties = facts.properties;
+  const std::wstring folder = folderPart(facts.propertiesPath);
 
   const std::wstring directory = userDir(properties);
   if (directory.empty()) {
-    request.workingDirectory = source.defaultFolder;
+    request.workingDirectory = facts.defaultFolder;
   } else if (isAbsolutePath(directory)) {
     request.workingDirectory = directory;
   } else {
-    request.workingDirectory = normalisePath(joinPath(folder, directory));
+    request.workingDirectory = resolvePath(directory, folder);
   }
 
   request.mainClass = ryn::mainClass(properties);
@@ -83,15 +83,15 @@ void LaunchRequest::fillFromProperties(const Source& source, LaunchRequest& requ
   request.endsWithLauncher = win32Job(properties);
   request.microsoftMinBuild = microsoftVmMinVersion(properties);
   request.secureFolderCheck = ryn::secureFolderCheck(properties);
-  request.leadingArguments = {source.propertiesPath, source.tempPropertiesPath};
+  request.leadingArguments = {facts.propertiesPath, facts.tempPropertiesPath};
   setVerbosity(optionVerbose(properties), request);
   // A service must survive the log-off of whoever is at the screen.
-  if (source.service) request.additionalOptions += L" -Xrs";
-  request.classpath = splitClasspath(classPath(properties), folder);
+  if (facts.service) request.additionalOptions += L" -Xrs";
+  request.classpath = splitClasspath(classPath(properties, facts.environment), folder);
 
   request.applicationArguments.clear();
-  for (size_t i = 1; i < source.arguments.size(); ++i) {
-    request.applicationArguments.push_back(source.arguments[i]);
+  for (size_t i = 1; i < facts.arguments.size(); ++i) {
+    request.applicationArguments.push_back(facts.arguments[i]);
   }
 }
 

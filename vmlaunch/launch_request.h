@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/environment.h"
 #include "properties/property_file.h"
 
 namespace ryn {
@@ -16,6 +17,23 @@ struct Classpath {
 
 /// Every entry followed by ";", the last one included.
 std::wstring joinClasspath(const Classpath& classpath);
+
+/// What is known of a launch before a VM is.
+struct LaunchFacts {
+  const PropertyFile& properties;
+  /// Full path of the property file; relative paths in it count from its folder.
+  std::wstring propertiesPath;
+  /// Path of the temporary properties file.
+  std::wstring tempPropertiesPath;
+  /// Working folder when the properties name none.
+  std::wstring defaultFolder;
+  /// The launcher's arguments; the first is its own path.
+  std::vector<std::wstring> arguments;
+  const EnvironmentMap& environment;
+  /// The launcher has a console: the VM's console program is run.
+  bool console = false;
+  bool service = false;
+};
 
 /// Everything that one VM start needs, whatever the kind of VM.
 struct LaunchRequest {
@@ -48,21 +66,11 @@ struct LaunchRequest {
   /// The VM is ended when this process ends, however that comes about.
   bool endsWithLauncher = false;
 
-  /// What the run sequence knows when it fills a request.
-  struct Source {
-    const PropertyFile& properties;
-    /// Full path of the property file; relative paths in it count from its folder.
-    std::wstring propertiesPath;
-    std::wstring tempPropertiesPath;
-    /// Working folder when the properties name none.
-    std::wstring defaultFolder;
-    /// The launcher's arguments; the first is its own path.
-    std::vector<std::wstring> arguments;
-    bool service = false;
-  };
+  /// What is to be told on standard error when the request is carried out; mostly nothing.
+  std::wstring diagnostics;
 
-  /// Sets every field from `source`. An unknown verbosity is reported on standard error and ignored.
-  static void fillFromProperties(const Source& source, LaunchRequest& request);
+  /// Sets every field from `facts`. An unknown verbosity is told in `diagnostics` and ignored.
+  static void fillFromProperties(const LaunchFacts& facts, LaunchRequest& request);
 };
 
 /// True for "true", "on" or "t" in any letter case.

@@ -111,4 +111,17 @@ std::wstring microsoftCommandLine(const LaunchRequest& request, const std::wstri
   return line.finish(request);
 }
 
+std::wstring vmCommandLine(const VmCandidate& vm, const LaunchRequest& request,
+                           const std::wstring& executable) {
+  switch (dialectOf(vm)) {
+    case VmDialect::kClassic:
+      return classicCommandLine(request, executable, vm.folder);
+    case VmDialect::kMicrosoft:
+      return microsoftCommandLine(request, executable);
+    case VmDialect::kModern:
+      break;
+  }
+  return modernCommandLine(request, executable, vm.version);
+}
+
 }  // namespace ryn

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "vmlaunch/launch_request.h"
+#include "vmsearch/vm_candidate.h"
 #include "vmsearch/vm_version.h"
 
 namespace ryn {
@@ -26,5 +27,9 @@ std::wstring modernCommandLine(const LaunchRequest& request, const std::wstring&
                                JavaVersion version);
 std::wstring microsoftCommandLine(const LaunchRequest& request, const std::wstring& executable);
 ///@}
+
+/// The command line that starts `vm` by its program `executable`, in its dialect.
+std::wstring vmCommandLine(const VmCandidate& vm, const LaunchRequest& request,
+                           const std::wstring& executable);
 
 }  // namespace ryn

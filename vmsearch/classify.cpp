@@ -1,8 +1,8 @@
 #include "vmsearch/classify.h"
 
-#include "platform/image_bitness.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "vmsearch/registry_locations.h"
 
 namespace ryn {
 namespace {
@@ -60,6 +60,16 @@ VmVersion versionFromLayout(const std::wstring& folder, const std::wstring& lowe
   return VmVersion(component(b), component(c), static_cast<int16_t>(b >= 4 ? d / 10 : component(d)));
 }
 
+// Version text of the runtime that the registry calls the current one; "0.0.0.0" when it names none.
+std::wstring registeredRuntimeVersion(const VmProbe& probe) {
+  const std::wstring key = kJavaRuntimeEnvironmentKey;
+  const auto current = probe.registryTexts(key, RegistryView::kNative, {kCurrentVersionValue})[0];
+  if (!current) return L"0.0.0.0";
+  const auto micro =
+      probe.registryTexts(concat({key, L"\\", *current}), RegistryView::kNative, {kMicroVersionValue})[0];
+  return micro ? concat({*current, L".", *micro, L"_0"}) : L"0.0.0.0";
+}
+
 }  // namespace
 
 VmKind kindOfExecutable(const std::wstring& path, const VmProbe& probe) {
@@ -79,17 +89,17 @@ VmVersion versionOfExecutable(const std::wstring& path, VmKind kind, const Versi
   const std::wstring folder = folderPart(path);
   const std::wstring folderName = lowerCase(fileName(folder));
   if (folderName == L"system32" || folderName == L"syswow64") {
-    return parseVmVersion(probe.registeredRuntimeVersion());
+    return parseVmVersion(registeredRuntimeVersion(probe));
   }
   return versionFromLayout(folder, lowerCase(fileName(path)), kind, probe);
 }
 
-VmCandidate classifyExecutable(const std::wstring& path, const VmProbe& probe, bool underWow64) {
+VmCandidate classifyExecutable(const std::wstring& path, const VmProbe& probe) {
   VmCandidate candidate;
   candidate.executable = path;
   candidate.folder = folderPart(path);
   candidate.kind = kindOfExecutable(path, probe);
-  candidate.bitnessClass = underWow64 && imageBitness(path) == ImageBitness::k64 ? 1 : 0;
+  candidate.bitnessClass = probe.underWow64() && probe.imageBitness(path) == ImageBitness::k64 ? 1 : 0;
   if (candidate.kind == VmKind::kMsj) {
     candidate.vendor = L"Microsoft";
     candidate.version = kMicrosoftVmVersion;
@@ -98,6 +108,14 @@ VmCandidate classifyExecutable(const std::wstring& path, const VmProbe& probe, b
   const VersionResource resource = probe.versionResource(path);
   candidate.vendor = lowerCase(resource.companyName).find(L"ibm") == std::wstring::npos ? L"Sun" : L"IBM";
   candidate.version = versionOfExecutable(path, candidate.kind, resource, probe);
+  return candidate;
+}
+
+VmCandidate classifyNamedExecutable(const std::wstring& path, const VmProbe& probe) {
+  VmCandidate candidate = classifyExecutable(path, probe);
+  // The Microsoft VM's programs lie in its folder itself.
+  const bool inBin = candidate.kind != VmKind::kMsj && equalIgnoringCase(fileName(candidate.folder), L"bin");
+  if (inBin) candidate.folder = folderPart(candidate.folder);
   return candidate;
 }
 

@@ -4,12 +4,14 @@
 
 namespace ryn {
 
-inline constexpr wchar_t kJavaRuntimeEnvironmentKey[] = L"SOFTWARE\\JavaSoft\\Java Runtime Environment";
+inline constexpr wchar_t kJavaRuntimeEnvironmentKey[] =
+    L"\\HKEY_LOCAL_MACHINE\\SOFTWARE\\JavaSoft\\Java Runtime Environment";
 
+inline constexpr wchar_t kCurrentVersionValue[] = L"CurrentVersion";
 inline constexpr wchar_t kJavaHomeValue[] = L"JavaHome";
 inline constexpr wchar_t kMicroVersionValue[] = L"MicroVersion";
 
-/// A key of HKEY_LOCAL_MACHINE whose subkeys are installed VMs, named by their versions.
+/// A key whose subkeys are installed VMs, named by their versions.
 struct RegistryLocation {
   const wchar_t* key;
   VmKind kind;
@@ -18,12 +20,12 @@ struct RegistryLocation {
 
 /// In the order of the search. IBM's two kinds are crossed: docs/quirks.md.
 inline constexpr RegistryLocation kRegistryLocations[] = {
-    {L"SOFTWARE\\JavaSoft\\JDK", VmKind::kJdk, L"Sun"},
-    {L"SOFTWARE\\JavaSoft\\JRE", VmKind::kJre, L"Sun"},
-    {L"SOFTWARE\\JavaSoft\\Java Development Kit", VmKind::kJdk, L"Sun"},
+    {L"\\HKEY_LOCAL_MACHINE\\SOFTWARE\\JavaSoft\\JDK", VmKind::kJdk, L"Sun"},
+    {L"\\HKEY_LOCAL_MACHINE\\SOFTWARE\\JavaSoft\\JRE", VmKind::kJre, L"Sun"},
+    {L"\\HKEY_LOCAL_MACHINE\\SOFTWARE\\JavaSoft\\Java Development Kit", VmKind::kJdk, L"Sun"},
     {kJavaRuntimeEnvironmentKey, VmKind::kJre, L"Sun"},
-    {L"SOFTWARE\\IBM\\Java2 Runtime Environment", VmKind::kJdk, L"IBM"},
-    {L"SOFTWARE\\IBM\\Java Development Kit", VmKind::kJre, L"IBM"},
+    {L"\\HKEY_LOCAL_MACHINE\\SOFTWARE\\IBM\\Java2 Runtime Environment", VmKind::kJdk, L"IBM"},
+    {L"\\HKEY_LOCAL_MACHINE\\SOFTWARE\\IBM\\Java Development Kit", VmKind::kJre, L"IBM"},
 };
 
 }  // namespace ryn

@@ -1,22 +1,19 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "vmsearch/vm_version.h"
 
 namespace ryn {
 
-/// The values and names are those of the valid-VM list.
+/// The values are those of the valid-VM list.
 enum class VmKind {
   kJdk = 0,  ///< a compiler lies beside the VM's executable
   kJre = 1,  ///< no compiler, or one of the old runtime launchers
   kMsj = 2,  ///< the Microsoft VM
 };
-
-/// "JDK", "JRE" or "MSJ".
-std::wstring_view kindName(VmKind kind);
 
 /// Which command-line dialect a VM speaks.
 enum class VmDialect { kClassic, kModern, kMicrosoft };
@@ -37,30 +34,43 @@ struct VmCandidate {
 
 VmDialect dialectOf(const VmCandidate& candidate);
 
-/// The source that named a VM.
+/// What named a VM.
 enum class VmSource { kEnvironment, kCurrentVm, kRegistry, kPath, kDescription, kShipped, kPack };
 
-/// What became of a VM that was seen. All but kChosen name the rule that dropped it.
+/// What became of a VM that was seen, or of the place that should have had one. All but kChosen tell why it
+/// is not the one.
 enum class VmOutcome {
   kNotReached,  ///< the choice was made, or abandoned, before its turn came
   kChosen,
-  kUnreadableKey,    ///< its registry key lacks a value that is needed
-  kNoUsableHome,     ///< its registry key names no existing folder
-  kDuplicate,        ///< an earlier find has the same folder and executable
-  kNoMatchingToken,  ///< the valid-VM list has no token for it
-  kOtherBitness,     ///< matched, but the platform number does not admit its bitness class
-  kUnsafeFolder,     ///< refused by the folder security check
-  kNotFirst,         ///< acceptable, but first in the list wins and another was
-  kOutranked,        ///< acceptable, but another has a higher rank
+  kMissing,              ///< the place that names it has no such file
+  kHalfUnpacked,         ///< a pack was begun to be unpacked there, and never ended
+  kUnreadableKey,        ///< its registry key lacks a value that is needed
+  kNoUsableHome,         ///< its registry key names no folder with the program that would be started
+  kDuplicate,            ///< an earlier find is the same VM
+  kNoMatchingToken,      ///< the valid-VM list has no token for it
+  kValidatorRejected,    ///< the application's validator refused it
+  kValidatorTimedOut,    ///< the validator did not end in time
+  kValidatorNotStarted,  ///< the validator could not be started with it
+  kOtherBitness,         ///< matched, but the platform number does not admit its bitness class
+  kWrongBits,            ///< matched, but its image is not of the bitness that the application asks for
+  kUnsafeFolder,         ///< refused by the folder security check
+  kNotFirst,             ///< acceptable, but first in the list wins and another was
+  kOutranked,            ///< acceptable, but another has a higher rank
+  kNoDescription,        ///< the description file is missing or says nothing
+  kOtherSystem,          ///< the description is for another system
+  kNotFetched,           ///< the VM pack could not be had, or was not to be fetched
 };
 
 /// One line of the record that a search keeps.
 struct ConsideredVm {
   VmCandidate candidate;
   VmSource source = VmSource::kRegistry;
-  /// The registry key, folder or description that it came from.
+  /// What led there: the registry key, folder, description, variable's value or URL.
   std::wstring where;
   VmOutcome outcome = VmOutcome::kNotReached;
 };
+
+/// The line for a place that has no VM to show.
+ConsideredVm emptyPlace(VmSource source, std::wstring where, VmOutcome outcome);
 
 }  // namespace ryn

@@ -1,17 +1,16 @@
 #include "vmsearch/vm_choice.h"
 
 #include <algorithm>
+#include <iterator>
 
-#include "platform/files.h"
 #include "platform/text.h"
-#include "platform/wow64.h"
-#include "vmsearch/classify.h"
+#include "vmsearch/version_range.h"
 
 namespace ryn {
 namespace {
 
-bool admits(uint64_t preference, int bitnessClass) {
-  return bitnessClass == 1 ? preference != 3 : preference != 1;
+bool admits(uint64_t platform, int bitnessClass) {
+  return bitnessClass == 1 ? platform != 3 : platform != 1;
 }
 
 // Nothing for a word that is no keyword.
@@ -34,43 +33,65 @@ std::optional<bool> matchesKeyword(const VmCandidate& candidate, const std::wstr
   return std::nullopt;
 }
 
-bool isRefused(const VmCandidate& candidate, const VmRules& rules) {
-  return rules.folderRefusal && rules.folderRefusal(candidate);
+VmOutcome outcomeOf(ValidatorAnswer refusal) {
+  switch (refusal) {
+    case ValidatorAnswer::kTimedOut:
+      return VmOutcome::kValidatorTimedOut;
+    case ValidatorAnswer::kNotStarted:
+      return VmOutcome::kValidatorNotStarted;
+    default:
+      return VmOutcome::kValidatorRejected;
+  }
 }
 
-// What to record of a candidate that no token took: its folder, if that kept the validator from being asked.
-VmOutcome outcomeOfUnmatched(const VmCandidate& candidate, const VmRules& rules,
-                             const std::vector<std::wstring>& tokens) {
-  const bool validatorWanted = std::any_of(tokens.begin(), tokens.end(), [&](const std::wstring& token) {
-    return !matchesKeyword(candidate, upperCase(token));
-  });
-  return validatorWanted && isRefused(candidate, rules) ? VmOutcome::kUnsafeFolder
-                                                        : VmOutcome::kNoMatchingToken;
+bool refuses(const VmRefusal& refusal, const VmCandidate& candidate) {
+  return refusal && refusal(candidate);
+}
+
+// What does not depend on the list, the cheap questions first; nothing for a VM that may be used.
+std::optional<VmOutcome> refusalOf(const ConsideredVm& vm, const VmRules& rules) {
+  if (vm.source != VmSource::kCurrentVm && !admits(rules.platform, vm.candidate.bitnessClass)) {
+    return VmOutcome::kOtherBitness;
+  }
+  if (refuses(rules.wrongBits, vm.candidate)) return VmOutcome::kWrongBits;
+  if (refuses(rules.unsafeFolder, vm.candidate)) return VmOutcome::kUnsafeFolder;
+  return std::nullopt;
+}
+
+// Nothing when the token takes the VM. A VM that must not be used is not even started.
+std::optional<VmOutcome> refusalByToken(const ConsideredVm& vm, const std::wstring& token,
+                                        const VmRules& rules) {
+  const bool keyword = matchesKeyword(vm.candidate, upperCase(token)).has_value();
+  const std::optional<bool> match =
+      keyword || !rules.validator ? matchesToken(vm.candidate, token) : std::optional(true);
+  if (!match.value_or(false)) return VmOutcome::kNoMatchingToken;
+  if (const auto refusal = refusalOf(vm, rules)) return refusal;
+  if (keyword || !rules.validator) return std::nullopt;
+  const std::optional<ValidatorAnswer> answer = rules.validator(vm.candidate, token);
+  if (answer == ValidatorAnswer::kAccepted) return std::nullopt;
+  return answer ? outcomeOf(*answer) : VmOutcome::kNoMatchingToken;
 }
 
 // Indexes of the accepted entries, first by the order of the tokens, then by that of the sources.
 std::vector<size_t> filter(std::vector<ConsideredVm>& vms, const VmRules& rules) {
+  std::vector<size_t> open;
+  for (size_t i = 0; i < vms.size(); ++i) {
+    if (vms[i].outcome != VmOutcome::kNotReached) continue;
+    vms[i].outcome = VmOutcome::kNoMatchingToken;
+    open.push_back(i);
+  }
   std::vector<size_t> accepted;
-  const std::vector<std::wstring> tokens = validVmTokens(rules.validVmList);
-  for (const std::wstring& token : tokens) {
-    for (size_t i = 0; i < vms.size(); ++i) {
-      if (vms[i].outcome != VmOutcome::kNotReached) continue;
-      if (!matchesToken(vms[i].candidate, token, rules)) continue;
-      vms[i].outcome = VmOutcome::kOtherBitness;
-      if (!admits(rules.preference, vms[i].candidate.bitnessClass)) continue;
-      // Until the choice is made.
-      vms[i].outcome = VmOutcome::kOutranked;
+  for (const std::wstring& token : validVmTokens(rules.validVmList)) {
+    std::erase_if(open, [&](size_t i) {
+      if (const std::optional<VmOutcome> refusal = refusalByToken(vms[i], token, rules)) {
+        if (*refusal != VmOutcome::kNoMatchingToken) vms[i].outcome = *refusal;
+        return false;
+      }
+      vms[i].outcome = rules.firstWins() ? VmOutcome::kNotFirst : VmOutcome::kOutranked;
       accepted.push_back(i);
-    }
+      return true;
+    });
   }
-  for (ConsideredVm& vm : vms) {
-    if (vm.outcome == VmOutcome::kNotReached) vm.outcome = outcomeOfUnmatched(vm.candidate, rules, tokens);
-  }
-  std::erase_if(accepted, [&](size_t i) {
-    if (!isRefused(vms[i].candidate, rules)) return false;
-    vms[i].outcome = VmOutcome::kUnsafeFolder;
-    return true;
-  });
   return accepted;
 }
 
@@ -82,31 +103,36 @@ std::vector<std::wstring> validVmTokens(const std::wstring& list) {
   return tokens;
 }
 
-bool matchesToken(const VmCandidate& candidate, const std::wstring& token, const VmRules& rules) {
-  if (const std::optional<bool> answer = matchesKeyword(candidate, upperCase(token))) return *answer;
-  // A validator runs the candidate, and what lies in a refused folder must not run at all.
-  return rules.validator && !isRefused(candidate, rules) && rules.validator(candidate, token);
+std::optional<bool> matchesToken(const VmCandidate& candidate, const std::wstring& token) {
+  if (const std::optional<bool> answer = matchesKeyword(candidate, upperCase(token))) return answer;
+  if (const std::optional<VersionRange> range = parseVersionRange(token)) return fitsRange(candidate, *range);
+  return std::nullopt;
 }
 
-bool ranksBelow(const VmCandidate& a, const VmCandidate& b, bool singleArchitecture) {
+VmChoice takeVm(ConsideredVm vm, const VmRules& rules) {
+  vm.outcome = refuses(rules.wrongBits, vm.candidate) ? VmOutcome::kWrongBits : VmOutcome::kChosen;
+  VmChoice choice;
+  if (vm.outcome == VmOutcome::kChosen) choice.chosen = vm.candidate;
+  choice.considered.push_back(std::move(vm));
+  return choice;
+}
+
+bool ranksBelow(const VmCandidate& a, const VmCandidate& b, uint64_t platform) {
   if (a.bitnessClass == b.bitnessClass) return a.version < b.version;
+  const bool singleArchitecture = platform == 1 || platform == 3;
   return b.bitnessClass == (singleArchitecture ? 0 : 1);
 }
 
-VmChoice chooseAmong(std::vector<ConsideredVm> vms, const VmRules& rules, bool singleArchitecture) {
+VmChoice chooseAmong(std::vector<ConsideredVm> vms, const VmRules& rules) {
   VmChoice choice;
   const std::vector<size_t> accepted = filter(vms, rules);
   if (!accepted.empty()) {
-    const bool firstWins = rules.jvmHigh == L"0";
     // Of equals the earliest stays, so that the order of the sources decides.
-    const size_t best = firstWins
+    const size_t best = rules.firstWins()
                             ? accepted.front()
                             : *std::max_element(accepted.begin(), accepted.end(), [&](size_t a, size_t b) {
-                                return ranksBelow(vms[a].candidate, vms[b].candidate, singleArchitecture);
+                                return ranksBelow(vms[a].candidate, vms[b].candidate, rules.platform);
                               });
-    if (firstWins) {
-      for (const size_t i : accepted) vms[i].outcome = VmOutcome::kNotFirst;
-    }
     vms[best].outcome = VmOutcome::kChosen;
     choice.chosen = vms[best].candidate;
   }
@@ -114,27 +140,14 @@ VmChoice chooseAmong(std::vector<ConsideredVm> vms, const VmRules& rules, bool s
   return choice;
 }
 
-VmChoice chooseVm(const std::wstring& currentVm, const VmRules& rules, InstalledVms& installed,
-                  const VmProbe& probe) {
-  std::vector<ConsideredVm> first;
-  if (fileExists(currentVm)) {
-    ConsideredVm vm;
-    vm.source = VmSource::kCurrentVm;
-    vm.where = currentVm;
-    vm.candidate = classifyExecutable(currentVm, probe, runsUnderWow64());
-    const std::vector<std::wstring> tokens = validVmTokens(rules.validVmList);
-    const bool acceptable =
-        tokens.empty() || std::any_of(tokens.begin(), tokens.end(), [&](const auto& token) {
-          return matchesToken(vm.candidate, token, rules);
-        });
-    vm.outcome = acceptable ? VmOutcome::kChosen : VmOutcome::kNoMatchingToken;
-    first.push_back(std::move(vm));
-    if (acceptable) return {first.front().candidate, std::move(first)};
+void append(VmChoice& choice, VmChoice later) {
+  for (ConsideredVm& vm : later.considered) {
+    const bool acceptable = vm.outcome == VmOutcome::kChosen || vm.outcome == VmOutcome::kOutranked ||
+                            vm.outcome == VmOutcome::kNotFirst;
+    if (choice.chosen && acceptable) vm.outcome = VmOutcome::kNotReached;
   }
-  const std::vector<ConsideredVm>& found =
-      installed.find(wantsSingleArchitecture(rules.preference), rules.jvmHigh);
-  first.insert(first.end(), found.begin(), found.end());
-  return chooseAmong(std::move(first), rules, installed.singleArchitecture());
+  std::move(later.considered.begin(), later.considered.end(), std::back_inserter(choice.considered));
+  if (!choice.chosen) choice.chosen = std::move(later.chosen);
 }
 
 }  // namespace ryn

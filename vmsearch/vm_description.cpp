@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/files.h"
 #include "platform/text.h"
 
 namespace ryn {
@@ -12,12 +11,6 @@ constexpr wchar_t kKeyPrefix[] = L"build.jvmspec.";
 constexpr wchar_t kFolder[] = L"jvmspecs\\";
 
 }  // namespace
-
-VmDescription VmDescription::load(const std::wstring& path) {
-  const CStream stream = openForReading(path);
-  if (!stream) return {};
-  return parse(readLatin1(stream.get()));
-}
 
 VmDescription VmDescription::parse(std::wstring_view text) {
   VmDescription description;
@@ -53,12 +46,8 @@ bool VmDescription::empty() const {
                      });
 }
 
-std::wstring descriptionKey(int index) {
-  return kKeyPrefix + decimal(index);
-}
-
 std::wstring descriptionPath(const PropertyFile& jvmspecs, int index) {
-  return kFolder + jvmspecs.get(descriptionKey(index), L"");
+  return kFolder + jvmspecs.get(kKeyPrefix + decimal(index), L"");
 }
 
 }  // namespace ryn

@@ -38,11 +38,7 @@ struct VmDescription {
   std::wstring debug;
   std::wstring future;
 
-  /// Reads the file at `path`, one character per byte as in the property files. One that cannot be opened
-  /// gives an empty description.
-  static VmDescription load(const std::wstring& path);
-
-  /// Reads the content of a file with line ends already turned into "\n".
+  /// Reads the content of a file: one character for each byte, line ends as "\n".
   static VmDescription parse(std::wstring_view text);
 
   /// True when nothing was read: no file, or none of the keys in it.
@@ -88,10 +84,8 @@ inline constexpr DescriptionKey kDescriptionKeys[] = {
     {.name = L"FUTURE:", .text = &VmDescription::future},
 };
 
-/// The key of jvmspecs.properties that names the description file of this index (from 0).
-std::wstring descriptionKey(int index);
-
-/// That file's path, relative to the application's folder.
+/// The path of the description file that jvmspecs.properties names under this index (from 0), relative to the
+/// application's folder.
 std::wstring descriptionPath(const PropertyFile& jvmspecs, int index);
 
 }  // namespace ryn

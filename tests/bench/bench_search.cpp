@@ -8,7 +8,8 @@
 #include <string>
 
 #include "platform/text.h"
-#include "vmsearch/vm_choice.h"
+#include "vmsearch/installed_search.h"
+#include "vmsearch/system_vm_probe.h"
 
 namespace {
 
@@ -43,14 +44,13 @@ void registerVms(int count, const std::wstring& home) {
 
 double search(const std::wstring& path, size_t& found) {
   ryn::SystemVmProbe probe;
-  ryn::InstalledVms installed({path, false, L""}, probe);
   ryn::VmRules rules;
   rules.validVmList = L"JRE JDK";
-  rules.preference = 2;
+  rules.platform = 2;
   LARGE_INTEGER frequency, before, after;
   QueryPerformanceFrequency(&frequency);
   QueryPerformanceCounter(&before);
-  found = ryn::chooseVm(L"", rules, installed, probe).considered.size();
+  found = ryn::searchInstalledVms(L"", path, rules, probe, false).considered.size();
   QueryPerformanceCounter(&after);
   return 1000.0 * static_cast<double>(after.QuadPart - before.QuadPart) /
          static_cast<double>(frequency.QuadPart);

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "provision/unpack_marker.h"
 #include "tests/unit/support/temp_folder.h"
 
 namespace ryn {
@@ -18,22 +17,6 @@ TEST(ApplicationLayoutTest, EarlierPlacesWin) {
     const std::wstring path = folder.write(name);
     EXPECT_EQ(findJvmspecs(root), path);
   }
-
-  EXPECT_EQ(findShippedVm(root), L"");
-  for (const wchar_t* name :
-       {L"Windows_Pure_64_Bit\\resource\\jre\\jre\\bin\\java.exe",
-        L"Windows_Pure_64_Bit\\resource\\jre\\bin\\java.exe", L"Windows\\resource\\jre\\jre\\bin\\java.exe",
-        L"Windows\\resource\\jre\\bin\\java.exe"}) {
-    const std::wstring path = folder.write(name);
-    EXPECT_EQ(findShippedVm(root), path);
-  }
-
-  // A VM whose unpacking did not end is none, wherever in the folder it is.
-  const std::wstring home = folder.at(L"Windows\\resource\\jre");
-  ASSERT_TRUE(beginUnpacking(home));
-  EXPECT_EQ(findShippedVm(root), folder.at(L"Windows_Pure_64_Bit\\resource\\jre\\bin\\java.exe"));
-  endUnpacking(home + L"\\");
-  EXPECT_EQ(findShippedVm(root), home + L"\\bin\\java.exe");
 }
 
 TEST(ApplicationLayoutTest, PlacesOfThePack) {

@@ -2,26 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <optional>
 #include <set>
+
+#include "tests/unit/support/fake_probe.h"
+#include "vmsearch/vm_program.h"
 
 namespace ryn {
 namespace {
 
-/// A machine with these files, version resources and current runtime.
-struct FakeProbe final : VmProbe {
-  std::set<std::wstring> files;
-  std::map<std::wstring, VersionResource> resources;
-  std::wstring registered = L"0.0.0.0";
-
-  bool exists(const std::wstring& path) const override { return files.contains(path); }
-  VersionResource versionResource(const std::wstring& path) const override {
-    const auto found = resources.find(path);
-    return found == resources.end() ? VersionResource() : found->second;
-  }
-  std::wstring registeredRuntimeVersion() const override { return registered; }
-};
+using test::FakeProbe;
 
 VersionResource product(FourPartVersion version) {
   // The file version is another on purpose: it does not count.
@@ -50,14 +40,14 @@ TEST(ClassifyTest, FillsTheCandidate) {
                                                                {L"", L"Sun"}};
   for (const auto& [company, vendor] : vendors) {
     probe.resources[path] = {.fileVersion = {}, .productVersion = {{17, 0, 9, 0}}, .companyName = company};
-    const VmCandidate candidate = classifyExecutable(path, probe, false);
+    const VmCandidate candidate = classifyExecutable(path, probe);
     EXPECT_EQ(candidate.vendor, vendor) << testing::PrintToString(company);
     EXPECT_EQ(candidate.executable, path);
     EXPECT_EQ(candidate.folder, L"C:\\jre\\bin");
     EXPECT_EQ(candidate.version, VmVersion(17, 0, 9));
   }
   probe.resources[L"C:\\w\\JView.exe"] = product({5, 0, 3810, 0});
-  const VmCandidate microsoft = classifyExecutable(L"C:\\w\\JView.exe", probe, false);
+  const VmCandidate microsoft = classifyExecutable(L"C:\\w\\JView.exe", probe);
   EXPECT_EQ(microsoft.vendor, L"Microsoft");
   EXPECT_EQ(microsoft.version, VmVersion(1, 4, 0));
 }
@@ -74,7 +64,7 @@ TEST(ClassifyTest, TakesTheProductVersionFirst) {
   };
   FakeProbe probe;
   // Signs that would say something else.
-  probe.registered = L"1.6.0.0_0";
+  probe.value(L"HKLM\\SOFTWARE\\JavaSoft\\Java Runtime Environment", L"CurrentVersion", L"1.6");
   probe.files = {L"C:\\system32\\pack200.exe"};
   for (const auto& [words, version] : rows) {
     EXPECT_EQ(versionOfExecutable(L"C:\\system32\\java.exe", VmKind::kJre, product(words), probe), version)
@@ -85,14 +75,62 @@ TEST(ClassifyTest, TakesTheProductVersionFirst) {
 TEST(ClassifyTest, AsksTheRegistryForTheSystemFolder) {
   FakeProbe probe;
   probe.files = {L"C:\\Windows\\System32\\pack200.exe", L"C:\\x\\pack200.exe"};
-  for (const wchar_t* registered : {L"1.6.3_0", L"0.0.0.0"}) {
-    probe.registered = registered;
+  const std::wstring key = L"HKLM\\SOFTWARE\\JavaSoft\\Java Runtime Environment";
+  const auto expectVersion = [&](VmVersion version) {
     for (const wchar_t* folder : {L"C:\\Windows\\System32", L"C:\\windows\\SysWOW64", L"D:\\SYSTEM32"}) {
-      EXPECT_EQ(versionOfExecutable(std::wstring(folder) + L"\\java.exe", VmKind::kJre, {}, probe),
-                parseVmVersion(registered))
-          << testing::PrintToString(folder);
+      EXPECT_EQ(versionOfExecutable(std::wstring(folder) + L"\\java.exe", VmKind::kJre, {}, probe), version);
     }
-    EXPECT_EQ(versionOfExecutable(L"C:\\x\\java.exe", VmKind::kJre, {}, probe), VmVersion(5, 0, 0));
+  };
+  expectVersion(VmVersion());
+  probe.value(key, L"CurrentVersion", L"1.6");
+  expectVersion(VmVersion());
+  probe.value(key + L"\\1.6", L"MicroVersion", L"3");
+  expectVersion(VmVersion(6, 3, 0));
+  EXPECT_EQ(versionOfExecutable(L"C:\\x\\java.exe", VmKind::kJre, {}, probe), VmVersion(5, 0, 0));
+}
+
+TEST(ClassifyTest, FindsTheHomeOfANamedExecutable) {
+  const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+      {L"C:\\jdk\\bin\\java.exe", L"C:\\jdk"},
+      {L"C:\\jdk\\BIN\\javaw.exe", L"C:\\jdk"},
+      {L"C:\\jdk\\java.exe", L"C:\\jdk"},
+      {L"C:\\ms\\bin\\jview.exe", L"C:\\ms\\bin"},
+  };
+  for (const auto& [path, home] : rows) EXPECT_EQ(classifyNamedExecutable(path, FakeProbe()).folder, home);
+}
+
+TEST(VmProgramTest, FollowsTheKindAndTheConsole) {
+  FakeProbe probe;
+  for (const wchar_t* path :
+       {L"C:\\modern\\bin\\java.exe", L"C:\\modern\\bin\\javaw.exe", L"C:\\windowless\\bin\\javaw.exe",
+        L"C:\\consoleonly\\bin\\java.exe", L"C:\\W\\System32\\javaw.exe", L"C:\\W\\System32\\java.exe",
+        L"C:\\old\\bin\\jre.exe", L"C:\\old\\bin\\jrew.exe"}) {
+    probe.file(path);
+  }
+  const struct {
+    const wchar_t* home;
+    VmKind kind;
+    int16_t generation;
+    const wchar_t* windowless;
+    const wchar_t* console;
+  } rows[] = {
+      {L"C:\\modern", VmKind::kJre, 8, L"C:\\modern\\bin\\javaw.exe", L"C:\\modern\\bin\\java.exe"},
+      {L"C:\\modern\\bin", VmKind::kJre, 8, L"C:\\modern\\bin\\javaw.exe", L"C:\\modern\\bin\\java.exe"},
+      {L"C:\\windowless", VmKind::kJre, 8, L"C:\\windowless\\bin\\javaw.exe", L"C:\\windowless\\java.exe"},
+      // Without the windowless program the other one in "bin" does not count either.
+      {L"C:\\consoleonly", VmKind::kJre, 8, L"C:\\consoleonly\\javaw.exe", L"C:\\consoleonly\\java.exe"},
+      {L"C:\\W\\System32", VmKind::kJre, 8, L"C:\\W\\System32\\javaw.exe", L"C:\\W\\System32\\java.exe"},
+      {L"C:\\old", VmKind::kJre, 1, L"C:\\old\\bin\\jrew.exe", L"C:\\old\\bin\\jre.exe"},
+      {L"C:\\gone", VmKind::kJdk, 0, L"C:\\gone\\bin\\javaw.exe", L"C:\\gone\\bin\\java.exe"},
+      {L"C:\\ms", VmKind::kMsj, 4, L"C:\\ms\\wjview.exe", L"C:\\ms\\jview.exe"},
+  };
+  for (const auto& row : rows) {
+    VmCandidate vm;
+    vm.folder = row.home;
+    vm.kind = row.kind;
+    vm.version = VmVersion(row.generation, 0, 0);
+    EXPECT_EQ(vmProgram(vm, false, probe), row.windowless);
+    EXPECT_EQ(vmProgram(vm, true, probe), row.console);
   }
 }
 

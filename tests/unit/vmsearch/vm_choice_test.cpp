@@ -21,12 +21,33 @@ std::vector<ConsideredVm> vms(const std::wstring& words) {
   return result;
 }
 
+char outcomeLetter(VmOutcome outcome) {
+  const std::pair<VmOutcome, char> letters[] = {
+      {VmOutcome::kChosen, 'C'},
+      {VmOutcome::kDuplicate, 'd'},
+      {VmOutcome::kNoMatchingToken, 'T'},
+      {VmOutcome::kOtherBitness, 'B'},
+      {VmOutcome::kWrongBits, 'W'},
+      {VmOutcome::kUnsafeFolder, 'U'},
+      {VmOutcome::kNotFirst, 'F'},
+      {VmOutcome::kOutranked, 'O'},
+      {VmOutcome::kValidatorRejected, 'R'},
+      {VmOutcome::kNotReached, 'n'},
+      {VmOutcome::kValidatorTimedOut, 'L'},
+      {VmOutcome::kValidatorNotStarted, 'S'},
+  };
+  for (const auto& [known, letter] : letters) {
+    if (known == outcome) return letter;
+  }
+  return '?';
+}
+
 /// The outcomes, each as one letter, and a check that the choice is the one that is so marked.
 std::string outcomes(const VmChoice& choice) {
   std::string letters;
   std::wstring chosen = L"none";
   for (const ConsideredVm& vm : choice.considered) {
-    letters += "nCkhdTBUFO"[static_cast<int>(vm.outcome)];
+    letters += outcomeLetter(vm.outcome);
     if (vm.outcome == VmOutcome::kChosen) chosen = vm.candidate.folder;
   }
   EXPECT_EQ(choice.chosen ? choice.chosen->folder : L"none", chosen);
@@ -39,12 +60,12 @@ TEST(VmChoiceTest, MatchesEachKeyword) {
       {L"ALL", "11111111"},    {L"J1", "11010000"},     {L"J2", "00101101"},     {L"JDK", "11100000"},
       {L"JRE", "00011100"},    {L"JDK_J1", "11000000"}, {L"JDK_J2", "00100000"}, {L"JRE_J1", "00010000"},
       {L"JRE_J2", "00001100"}, {L"MSJ", "00000011"},    {L"msj", "00000011"},    {L"Jre_j2", "00001100"},
-      {L"1.8+", "00000000"},   {L"", "00000000"},
+      {L"17+_", "00000000"},   {L"", "00000000"},
   };
   for (const auto& [token, expected] : rows) {
     std::string matches;
     for (const auto& column : columns)
-      matches += matchesToken(column.candidate, token, VmRules()) ? '1' : '0';
+      matches += matchesToken(column.candidate, token).value_or(false) ? '1' : '0';
     EXPECT_EQ(matches, expected) << testing::PrintToString(token);
   }
 }
@@ -69,39 +90,99 @@ TEST(VmChoiceTest, FiltersAndChooses) {
       {L"", 2, L"", L"jre17/0", "T"},
       {L"ALL", 2, L"", L"", ""},
   };
-  for (const auto& [list, preference, jvmHigh, found, expected] : rows) {
+  for (const auto& [list, platform, jvmHigh, found, expected] : rows) {
     VmRules rules;
     rules.validVmList = list;
-    rules.preference = preference;
+    rules.platform = platform;
     rules.jvmHigh = jvmHigh;
-    EXPECT_EQ(outcomes(chooseAmong(vms(found), rules, wantsSingleArchitecture(preference))), expected)
-        << testing::PrintToString(list) << preference << testing::PrintToString(found);
+    EXPECT_EQ(outcomes(chooseAmong(vms(found), rules)), expected)
+        << testing::PrintToString(list) << platform << testing::PrintToString(found);
   }
 }
 
-TEST(VmChoiceTest, TheFlagRanksTheClasses) {
+TEST(VmChoiceTest, RanksTheClassesByThePlatformNumber) {
   const auto found = vms(L"jre17/0 jre5/1");
-  for (const bool single : {false, true}) {
-    EXPECT_EQ(ranksBelow(found[0].candidate, found[1].candidate, single), !single);
-    EXPECT_EQ(ranksBelow(found[1].candidate, found[0].candidate, single), single);
-    EXPECT_FALSE(ranksBelow(found[0].candidate, found[0].candidate, single));
+  for (const uint64_t platform : {1u, 2u, 3u, 4u}) {
+    const bool single = platform == 1 || platform == 3;
+    EXPECT_EQ(ranksBelow(found[0].candidate, found[1].candidate, platform), !single);
+    EXPECT_EQ(ranksBelow(found[1].candidate, found[0].candidate, platform), single);
+    EXPECT_FALSE(ranksBelow(found[0].candidate, found[0].candidate, platform));
   }
 }
 
-TEST(VmChoiceTest, AsksTheValidatorForUnknownTokensButNotInRefusedFolders) {
+TEST(VmChoiceTest, AsksWhatIsCheapFirstAndTheValidatorLast) {
   std::wstring asked;
-  VmRules rules;
-  rules.validVmList = L"JDK Like_8";
-  rules.preference = 3;
-  rules.validator = [&](const VmCandidate& candidate, const std::wstring& token) {
-    asked += candidate.folder + L" " + token + L", ";
-    return candidate.version.generation() >= 8;
+  const auto note = [&](const wchar_t* what, const VmCandidate& vm) {
+    asked += concat({what, vm.folder, L" "});
   };
-  rules.folderRefusal = [](const VmCandidate& candidate) { return candidate.version.generation() == 21; };
-  auto found = vms(L"jdk7/0 jre7/0 jre21/0 jdk21/0 jre8/0 jre25/0");
+  VmRules rules;
+  rules.validVmList = L"JDK Like_8 Like_9";
+  rules.platform = 3;
+  rules.validator = [&](const VmCandidate& vm, const std::wstring& token) {
+    note((token + L":").c_str(), vm);
+    const int generation = vm.version.generation();
+    return std::optional(generation == 8   ? ValidatorAnswer::kAccepted
+                         : generation == 5 ? ValidatorAnswer::kTimedOut
+                         : generation == 4 ? ValidatorAnswer::kNotStarted
+                                           : ValidatorAnswer::kRejected);
+  };
+  rules.wrongBits = [&](const VmCandidate& vm) { return note(L"bits:", vm), vm.version.generation() == 20; };
+  rules.unsafeFolder = [&](const VmCandidate& vm) {
+    return note(L"folder:", vm), vm.version.generation() == 21;
+  };
+  auto found = vms(L"jdk7/0 jre8/1 jdk20/0 jdk21/0 jre21/0 jre7/0 jre4/0 jre5/0 jre8/0 jre25/0");
   found.back().outcome = VmOutcome::kDuplicate;
-  EXPECT_EQ(outcomes(chooseAmong(std::move(found), rules, true)), "OTUUCd");
-  EXPECT_EQ(asked, L"jre7/0 Like_8, jre8/0 Like_8, ");
+  EXPECT_EQ(outcomes(chooseAmong(std::move(found), rules)), "OBWUURSLCd");
+  EXPECT_EQ(asked.find(L"jre8/1"), asked.npos);
+  EXPECT_EQ(asked.find(L"folder:jdk20"), asked.npos);
+  EXPECT_EQ(asked.find(L"Like_8:jre21"), asked.npos);
+  EXPECT_NE(asked.find(L"bits:jre8/0 folder:jre8/0 Like_8:jre8/0 "), asked.npos)
+      << testing::PrintToString(asked);
+}
+
+TEST(VersionRangeTest, TakesVersionsByTheirNumbers) {
+  // Registered VMs, 8u202 and 17.0.9 among them, and one found by its executable, which carries 2020.
+  std::vector<VmCandidate> found(8);
+  const VmVersion versions[] = {VmVersion(),         VmVersion(7, 0, 80),  VmVersion(8, 0, 202),
+                                VmVersion(11, 0, 2), VmVersion(17, 0, 9),  VmVersion(17, 0, 10),
+                                VmVersion(21, 0, 8), VmVersion(8, 0, 2020)};
+  for (size_t i = 0; i < found.size(); ++i) found[i].version = versions[i];
+  found.back().executable = L"C:\\jre\\bin\\java.exe";
+  const std::pair<const wchar_t*, const char*> rows[] = {
+      {L"17", "00001100"},
+      {L"17+", "00001110"},
+      {L"11-21", "00011110"},
+      {L"17.0.9", "00001000"},
+      {L"17.0.10+", "00000110"},
+      {L"1.8", "00100001"},
+      {L"8", "00100001"},
+      {L"1.8+", "00111111"},
+      {L"1.8.0_202", "00100001"},
+      {L"1.8.0_203+", "00011110"},
+      {L"17.0.9-17.0.9", "00001000"},
+      {L"21-11", "00000000"},
+      {L"8-17.0.9", "00111001"},
+      {L"0+", "01111111"},
+      // No ranges.
+      {L"+", ""},
+      {L"-", ""},
+      {L"17-", ""},
+      {L"-17", ""},
+      {L"17++", ""},
+      {L"1.8.0.1.2", ""},
+      {L"a17", ""},
+      {L"17 ", ""},
+      {L"123456", ""},
+      {L"17..9", ""},
+      {L"JRE_11+", ""},
+  };
+  for (const auto& [token, expected] : rows) {
+    std::string fits;
+    for (const VmCandidate& vm : found) {
+      if (const auto match = matchesToken(vm, token)) fits += *match ? '1' : '0';
+    }
+    EXPECT_EQ(fits, expected) << testing::PrintToString(token);
+  }
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/unit/support/temp_folder.h"
 
 namespace ryn {
 namespace {
@@ -74,16 +73,10 @@ TEST(VmDescriptionTest, CollectsBlocks) {
   EXPECT_EQ(description.version, L"");
 }
 
-TEST(VmDescriptionTest, LoadsFiles) {
-  const test::TempFolder folder;
-  const VmDescription description =
-      VmDescription::load(folder.write(L"a.txt", "DESC: caf\xE9\r\nPATH_HINT:\r\nC:\\Java\r\n"));
-  EXPECT_EQ(description.description, L"caf\u00e9");
-  EXPECT_THAT(description.pathHints, ElementsAre(L"C:\\Java"));
-  EXPECT_FALSE(description.empty());
-  EXPECT_TRUE(VmDescription::load(folder.at(L"missing.txt")).empty());
-  EXPECT_TRUE(VmDescription::load(folder.path()).empty());
-  EXPECT_TRUE(VmDescription::load(folder.write(L"b.txt", "# nothing\nPATH_HINT:\n/:\n")).empty());
+TEST(VmDescriptionTest, IsEmptyWhenItSaysNothing) {
+  EXPECT_TRUE(VmDescription::parse(L"").empty());
+  EXPECT_TRUE(VmDescription::parse(L"# nothing\nPATH_HINT:\n/:\n").empty());
+  EXPECT_FALSE(VmDescription::parse(L"PATH_HINT:\nC:\\Java\n").empty());
 }
 
 }  // namespace

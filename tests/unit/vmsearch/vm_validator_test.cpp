@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 #include <shellapi.h>
 
+#include "platform/files.h"
+#include "platform/paths.h"
 #include "platform/text.h"
+#include "platform/unique_handle.h"
 #include "tests/unit/support/temp_folder.h"
 
 namespace ryn {
@@ -42,19 +45,10 @@ int actAsVm(const std::wstring& token) {
 
 class VmValidatorTest : public testing::Test {
  protected:
-  VmValidatorTest() { folder_.write(L"jvmspecs\\Verify.jar"); }
-
   std::wstring install(const std::wstring& name) const {
     folder_.write(name);
     EXPECT_TRUE(CopyFileW(modulePath().c_str(), folder_.at(name).c_str(), FALSE));
     return folder_.at(name);
-  }
-
-  static VmCandidate executable(const std::wstring& path) {
-    VmCandidate candidate;
-    candidate.executable = path;
-    candidate.folder = folderPart(path);
-    return candidate;
   }
 
   /// Command lines of the starts of VMs in `folder`.
@@ -67,72 +61,44 @@ class VmValidatorTest : public testing::Test {
   }
 
   const test::TempFolder folder_{test::TempFolder::Name::kNonAscii};
-  VmValidator validator_{folder_.path(), 30'000};
+  const std::wstring jar_ = folder_.at(L"Verify.jar");
+  VmValidator validator_{30'000};
 };
 
-TEST_F(VmValidatorTest, AcceptsByExitCodeAndStartsOnce) {
-  const VmCandidate java = executable(install(L"vm\\java.exe"));
+TEST_F(VmValidatorTest, AnswersByTheExitCodeAndStartsOnce) {
+  const std::wstring java = install(L"vm\\java.exe");
   for (int round = 0; round < 2; ++round) {
-    EXPECT_TRUE(validator_.accepts(java, L"exit=0"));
-    EXPECT_FALSE(validator_.accepts(java, L"exit=1"));
-    EXPECT_FALSE(validator_.accepts(java, L"exit=259"));
+    EXPECT_EQ(validator_.ask(java, jar_, L"exit=0"), ValidatorAnswer::kAccepted);
+    EXPECT_EQ(validator_.ask(java, jar_, L"exit=259"), ValidatorAnswer::kRejected);
+    EXPECT_EQ(validator_.ask(folder_.write(L"broken\\java.exe", "no program"), jar_, L"exit=0"),
+              ValidatorAnswer::kNotStarted);
   }
-  const std::wstring start = L"\"" + folder_.at(L"vm\\java.exe") + L"\" -classpath \"" +
-                             folder_.at(L"jvmspecs\\Verify.jar") + L"\" com.vantu.util.jvm.Validator ";
-  EXPECT_THAT(runs(),
-              testing::ElementsAre(start + L"\"exit=0\"", start + L"\"exit=1\"", start + L"\"exit=259\""));
+  const std::wstring start =
+      L"\"" + java + L"\" -classpath \"" + jar_ + L"\" com.vantu.util.jvm.Validator ";
+  EXPECT_THAT(runs(), testing::ElementsAre(start + L"\"exit=0\"", start + L"\"exit=259\""));
 }
 
 TEST_F(VmValidatorTest, QuotesTheToken) {
-  const VmCandidate java = executable(install(L"vm\\java.exe"));
+  const std::wstring java = install(L"vm\\java.exe");
   for (const std::wstring token : {L"1.8*", L"end\\", L"\\", L"\\\\", L"a\\b", L"\u4e2d"}) {
-    ASSERT_TRUE(validator_.accepts(java, token)) << token;
+    ASSERT_EQ(validator_.ask(java, jar_, token), ValidatorAnswer::kAccepted) << token;
     int count = 0;
     wchar_t** arguments = CommandLineToArgvW(runs().back().c_str(), &count);
     EXPECT_EQ(count, 5) << token;
     EXPECT_EQ(arguments[count - 1], token);
     LocalFree(arguments);
   }
-  const size_t before = runs().size();
-  EXPECT_FALSE(validator_.accepts(java, L"exit=0\""));
-  EXPECT_EQ(runs().size(), before);
-}
-
-TEST_F(VmValidatorTest, StartsTheConsoleProgramOfTheCandidate) {
-  install(L"pair\\java.exe");
-  install(L"jdk\\bin\\java.exe");
-  install(L"old\\jre\\bin\\java.exe");
-  VmCandidate registered;
-  registered.folder = folder_.at(L"jdk");
-  EXPECT_TRUE(validator_.accepts(executable(folder_.at(L"pair\\JAVAW.EXE")), L"exit=0"));
-  EXPECT_THAT(runs(L"pair"), testing::SizeIs(1));
-  EXPECT_TRUE(validator_.accepts(executable(install(L"alone\\javaw.exe")), L"exit=0"));
-  EXPECT_TRUE(validator_.accepts(registered, L"exit=0"));
-  registered.folder = folder_.at(L"old");
-  EXPECT_TRUE(validator_.accepts(registered, L"exit=0"));
-  registered.folder = folder_.at(L"missing");
-  EXPECT_FALSE(validator_.accepts(registered, L"exit=0"));
-  EXPECT_FALSE(validator_.accepts(executable(folder_.at(L"missing\\java.exe")), L"exit=0"));
-  EXPECT_FALSE(validator_.accepts(executable(folder_.write(L"broken\\java.exe", "no program")), L"exit=0"));
-}
-
-TEST_F(VmValidatorTest, NeverStartsWithoutJarNorTheMicrosoftVm) {
-  VmCandidate java = executable(install(L"vm\\java.exe"));
-  EXPECT_FALSE(VmValidator(folder_.at(L"vm")).accepts(java, L"exit=0"));
-  java.kind = VmKind::kMsj;
-  EXPECT_FALSE(validator_.accepts(java, L"exit=0"));
-  EXPECT_THAT(runs(), testing::IsEmpty());
 }
 
 TEST_F(VmValidatorTest, TakesMuchOutput) {
-  EXPECT_TRUE(validator_.accepts(executable(install(L"vm\\java.exe")), L"megabytes"));
+  EXPECT_EQ(validator_.ask(install(L"vm\\java.exe"), jar_, L"megabytes"), ValidatorAnswer::kAccepted);
 }
 
 TEST_F(VmValidatorTest, EndsWhatTakesTooLong) {
-  const VmCandidate java = executable(install(L"vm\\java.exe"));
+  const std::wstring java = install(L"vm\\java.exe");
   for (const wchar_t* token : {L"hang", L"chatter"}) {
-    VmValidator impatient(folder_.path(), 1500);
-    EXPECT_FALSE(impatient.accepts(java, token));
+    VmValidator impatient(1500);
+    EXPECT_EQ(impatient.ask(java, jar_, token), ValidatorAnswer::kTimedOut);
     const ULONGLONG end = GetTickCount64() + 10'000;
     bool ended = false;
     while (!ended && GetTickCount64() < end) ended = DeleteFileW(folder_.at(L"vm\\alive").c_str());
@@ -145,7 +111,7 @@ TEST_F(VmValidatorTest, HandsOnNoOtherHandles) {
   SECURITY_ATTRIBUTES inheritable = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
   const UniqueHandle event(CreateEventW(&inheritable, TRUE, FALSE, nullptr));
   const std::wstring number = std::to_wstring(reinterpret_cast<intptr_t>(event.get()));
-  EXPECT_TRUE(validator_.accepts(executable(install(L"vm\\java.exe")), L"set=" + number));
+  EXPECT_EQ(validator_.ask(install(L"vm\\java.exe"), jar_, L"set=" + number), ValidatorAnswer::kAccepted);
   EXPECT_EQ(WaitForSingleObject(event.get(), 0), static_cast<DWORD>(WAIT_TIMEOUT));
 }
 

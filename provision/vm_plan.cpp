@@ -1,6 +1,4 @@
-#include "provision/pack_decision.h"
-
-#include <string_view>
+#include "provision/vm_plan.h"
 
 namespace ryn {
 namespace {
@@ -10,11 +8,11 @@ struct Row {
   int BuildOptions::*searchOption;
   int searchOptionValue;
   bool searches;
-  bool usesShippedVm;
+  bool shippedVm;
   /// Null for rows that fetch nothing.
-  PackSource BuildOptions::*pack;
+  VmPack BuildOptions::*pack;
   /// The two texts differ in one letter, and each stays with its option.
-  const wchar_t* digestFailureText;
+  std::wstring_view digestFailureText;
 };
 
 constexpr int BuildOptions::*kWithVm = &BuildOptions::withVmSearchOption;
@@ -33,14 +31,15 @@ constexpr Row kRows[] = {
 
 }  // namespace
 
-VmDecision decideVm(const BuildOptions& options, VmSources& sources) {
+VmPlan planVm(const BuildOptions& options) {
   for (const Row& row : kRows) {
     if (options.option != row.buildOption || options.*row.searchOption != row.searchOptionValue) continue;
-    if (row.searches && sources.search()) return {.foundBySearch = true, .executable = {}};
-    if (row.usesShippedVm) return {.executable = sources.shippedVm()};
-    if (row.pack != nullptr)
-      return {.executable = sources.fetchPack(options.*row.pack, row.digestFailureText)};
-    break;
+    VmPlan plan;
+    plan.shippedVm = row.shippedVm;
+    plan.digestFailureText = row.digestFailureText;
+    if (row.searches) plan.search = options.usesJvmspecs() ? VmSearch::kDescribed : VmSearch::kInstalled;
+    if (row.pack != nullptr) plan.pack = &(options.*row.pack);
+    return plan;
   }
   return {};
 }
