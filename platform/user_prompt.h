@@ -16,8 +16,7 @@ class UserPrompt {
   virtual void showMessage(const std::wstring& text, const std::wstring& title) = 0;
 
   /// Told of a failure that was written to the console as `text`: for a process whose console nobody sees.
-  /// Others have no use for it.
-  virtual void noteFailure(std::wstring_view text) { static_cast<void>(text); }
+  virtual void noteFailure(std::wstring_view text) = 0;
 
  protected:
   ~UserPrompt() = default;
@@ -32,6 +31,7 @@ class MessageBoxPrompt final : public UserPrompt {
  public:
   void showError(const std::wstring& text, const std::wstring& title) override;
   void showMessage(const std::wstring& text, const std::wstring& title) override;
+  void noteFailure(std::wstring_view /*text*/) override {}
 };
 
 }  // namespace ryn

@@ -52,6 +52,7 @@ class UnlockingPrompt final : public UserPrompt {
     lock_.release();
     prompt_.showMessage(text, title);
   }
+  void noteFailure(std::wstring_view text) override { prompt_.noteFailure(text); }
 
  private:
   FetchLock& lock_;
