@@ -21,14 +21,14 @@ using CStream = std::unique_ptr<std::FILE, CStreamCloser>;
 /// Opens an existing file for reading as a text stream. A missing or locked file gives a null stream;
 /// FileException "windows could not open the file specified" is thrown only when the system hands
 /// out a null handle.
-CStream openForReading(const std::wstring& path);
+[[nodiscard]] CStream openForReading(const std::wstring& path);
 
 /// All that is left in `stream`, each byte as one character.
 std::wstring readLatin1(std::FILE* stream);
 
 /// Opens a file for appending as a text stream positioned at its end, creating it when missing.
 /// Fails as openForReading does.
-CStream openForAppending(const std::wstring& path);
+[[nodiscard]] CStream openForAppending(const std::wstring& path);
 
 /// Creates an empty file "ryn" + hexadecimal digits + ".tmp" in the user's temporary folder (TMP, then
 /// TEMP) and returns its full path; empty when there is no such folder or it cannot take the file.

@@ -53,10 +53,10 @@ struct AccessList {
 
 /// The access list of a security descriptor. Nothing when the descriptor has none: it then admits everyone,
 /// but names no account to judge.
-std::optional<AccessList> accessListOf(UniqueLocalMemory descriptor);
+[[nodiscard]] std::optional<AccessList> accessListOf(UniqueLocalMemory descriptor);
 
 /// Nothing when the folder cannot be opened or has no access list that can be read.
-std::optional<AccessList> readAccessList(const std::wstring& folder);
+[[nodiscard]] std::optional<AccessList> readAccessList(const std::wstring& folder);
 
 /// Libraries that an old or cut-down Windows can lack.
 enum class SecurityLibrary { kAccounts, kLocalGroups, kAccessCheck };

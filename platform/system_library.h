@@ -17,9 +17,9 @@ std::wstring systemFolderForProcess();
 /// Loads `fileName` from `folder` and nowhere else: by full path, first with the flag that also
 /// keeps its dependencies to the system folder (absent before an old security update), then by the
 /// full path alone. Null when it cannot be had.
-UniqueModule loadLibraryFrom(const std::wstring& folder, const std::wstring& fileName);
+[[nodiscard]] UniqueModule loadLibraryFrom(const std::wstring& folder, const std::wstring& fileName);
 
 /// loadLibraryFrom the system folder.
-UniqueModule loadSystemLibrary(const std::wstring& fileName);
+[[nodiscard]] UniqueModule loadSystemLibrary(const std::wstring& fileName);
 
 }  // namespace ryn

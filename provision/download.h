@@ -25,8 +25,8 @@ struct DownloadSettings {
 /// can write into the file meanwhile. A transfer that breaks off counts as complete: servers close
 /// connections in ways that cannot be told from an end, and what is missing shows when the pack is verified
 /// or unpacked.
-bool download(const DownloadSettings& settings, const std::wstring& url, const std::wstring& destination,
-              UserPrompt& prompt);
+[[nodiscard]] bool download(const DownloadSettings& settings, const std::wstring& url,
+                            const std::wstring& destination, UserPrompt& prompt);
 
 enum class UrlScheme { kOther, kHttp, kFtp };
 

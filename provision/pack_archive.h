@@ -60,7 +60,7 @@ PackTimes timesOf(uint32_t dosDateTime, std::string_view extraField);
 class PackArchive {
  public:
   /// Once per object, before anything else. False when the file is missing or is no zip archive.
-  bool open(const std::wstring& path);
+  [[nodiscard]] bool open(const std::wstring& path);
 
   /// Reads the entry `index`. Index -1 puts the number of entries that the archive claims into
   /// `entry.index`.

@@ -13,8 +13,8 @@ namespace ryn {
 /// The VM stays unpacked; the pack itself stays only when its digest is wrong, for which the user sees
 /// `digestFailureText`. While another start of the application fetches, this one waits, and takes over what
 /// that one unpacked; when that one failed or ended, this one fetches.
-std::wstring fetchPack(const VmPack& pack, std::wstring_view digestFailureText,
-                       const std::wstring& launcherFolder, const DownloadSettings& settings,
-                       UserPrompt& prompt);
+[[nodiscard]] std::wstring fetchPack(const VmPack& pack, std::wstring_view digestFailureText,
+                                     const std::wstring& launcherFolder, const DownloadSettings& settings,
+                                     UserPrompt& prompt);
 
 }  // namespace ryn

@@ -9,6 +9,6 @@ namespace ryn {
 /// holds more than "vm.zip" and "vm.properties". False when the pack or the "vm.zip" at its top cannot be
 /// opened, or the extraction folder takes no file. Entries that cannot be created or are damaged are passed
 /// over: a pack that has to be whole needs a checksum. isHalfUnpacked says when a process ended on the way.
-bool extractPack(const std::wstring& packPath, const std::wstring& extractionFolder);
+[[nodiscard]] bool extractPack(const std::wstring& packPath, const std::wstring& extractionFolder);
 
 }  // namespace ryn

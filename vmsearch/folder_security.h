@@ -25,14 +25,14 @@ enum class FolderVerdict {
 
 /// True when the calling thread, or else the process, acts with the rights of the built-in
 /// Administrators group. False also when that cannot be told.
-bool isCurrentUserAdministrator();
+[[nodiscard]] bool isCurrentUserAdministrator();
 
 /// "Safe" and "unsafe" are remembered for the life of the process: one VM is looked at several times on its
 /// way to the start, and an account of a domain is asked about over the network.
-FolderVerdict checkVmFolder(const std::wstring& folder);
+[[nodiscard]] FolderVerdict checkVmFolder(const std::wstring& folder);
 
 /// True when the current user is an administrator and must not start a VM from `folder`.
-bool refusesVmFolder(const std::wstring& folder);
+[[nodiscard]] bool refusesVmFolder(const std::wstring& folder);
 
 // What follows is the decision behind these functions.
 
@@ -50,9 +50,9 @@ bool isRiskyMember(const std::vector<std::wstring>& localGroups);
 /// of either.
 bool permitsWriting(uint32_t rights);
 
-bool isCurrentUserAdministrator(SecurityApi& api);
-FolderVerdict checkVmFolder(SecurityApi& api, const std::wstring& folder);
+[[nodiscard]] bool isCurrentUserAdministrator(SecurityApi& api);
+[[nodiscard]] FolderVerdict checkVmFolder(SecurityApi& api, const std::wstring& folder);
 /// Needs SecurityLibrary::kAccounts bound.
-FolderVerdict judgeAccessList(SecurityApi& api, const AccessList& list);
+[[nodiscard]] FolderVerdict judgeAccessList(SecurityApi& api, const AccessList& list);
 
 }  // namespace ryn
