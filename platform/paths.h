@@ -3,7 +3,8 @@
 #include <windows.h>
 
 #include <string>
-#include <string_view>
+
+#include "text/path_text.h"
 
 namespace ryn {
 
@@ -17,24 +18,6 @@ std::wstring modulePath();
 /// The current folder; empty when it is longer than the classic path buffer.
 std::wstring currentFolder();
 
-/// Absolute as the property files mean it: the first character is "\" or the second is ":".
-bool isAbsolutePath(std::wstring_view path);
-
-/// A drive and its root, or a share: a path that means the same from every folder.
-bool isFullPath(std::wstring_view path);
-
-/// Without the "\" at its end, of which a folder's path may have some.
-std::wstring withoutTrailingSeparators(std::wstring_view path);
-
-/// `folder` + "\" + `name`, without a second "\" when `folder` ends in one.
-std::wstring joinPath(std::wstring_view folder, std::wstring_view name);
-
-/// The absolute form of a path that `baseFolder` (absolute) is the current folder for: "/" becomes "\\", "."
-/// and ".." segments and blanks and dots at the end go, as GetFullPathNameW does it, but without asking the
-/// process for its current folders. Paths that begin with "\\\\?\\" stay as they are; an empty path stays
-/// empty.
-std::wstring resolvePath(std::wstring_view path, std::wstring_view baseFolder);
-
 /// Without "." and ".." segments, as GetFullPathNameW gives it; relative paths count from the
 /// current folder. Unchanged when the system refuses it, empty for an empty path.
 std::wstring normalisePath(const std::wstring& path);
@@ -42,15 +25,5 @@ std::wstring normalisePath(const std::wstring& path);
 /// Absolute long form (GetFullPathNameW, then GetLongPathNameW, each with the classic buffer).
 /// A path that does not fit keeps the longest form that was had.
 std::wstring expandPath(const std::wstring& path);
-
-/// The text before the last "\"; "." when there is none. Only "\" separates.
-std::wstring folderPart(std::wstring_view path);
-
-/// The text after the last "\"; the whole path when there is none.
-std::wstring fileName(std::wstring_view path);
-
-/// `path` with the extension of its file name replaced by `extension` (with its dot); a file name
-/// without an extension gets it appended.
-std::wstring replaceExtension(std::wstring_view path, std::wstring_view extension);
 
 }  // namespace ryn

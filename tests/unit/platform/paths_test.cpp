@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 #include "tests/unit/support/process_state.h"
 #include "tests/unit/support/temp_folder.h"
 
@@ -12,28 +10,6 @@ namespace {
 
 using test::ScopedCurrentFolder;
 using test::TempFolder;
-using Text = const wchar_t*;
-
-TEST(PathsTest, OnlyBackslashesSeparateFolderAndName) {
-  const std::tuple<Text, Text, Text> rows[] = {
-      {L"name.txt", L".", L"name.txt"}, {L"C:\\a\\name.txt", L"C:\\a", L"name.txt"},
-      {L"\\name", L"", L"name"},        {L"C:/a/name.txt", L".", L"C:/a/name.txt"},
-      {L"C:\\a\\", L"C:\\a", L""},      {L"", L".", L""}};
-  for (const auto& [path, folder, name] : rows) {
-    EXPECT_EQ(folderPart(path), folder);
-    EXPECT_EQ(fileName(path), name);
-  }
-}
-
-TEST(PathsTest, ReplacesTheExtensionOfTheFileNameOnly) {
-  EXPECT_EQ(replaceExtension(L"C:\\a\\run.tar.exe", L".ryn"), L"C:\\a\\run.tar.ryn");
-  EXPECT_EQ(replaceExtension(L"C:\\a.b\\run", L".ryn"), L"C:\\a.b\\run.ryn");
-}
-
-TEST(PathsTest, KnowsAbsolutePathsByTheirFirstTwoCharacters) {
-  for (const Text path : {L"C:\\a", L"\\a", L"c:a"}) EXPECT_TRUE(isAbsolutePath(path)) << std::wstring(path);
-  for (const Text path : {L"", L"a", L"/a", L"ab:"}) EXPECT_FALSE(isAbsolutePath(path)) << std::wstring(path);
-}
 
 TEST(PathsTest, NormalisesFromTheCurrentFolder) {
   const TempFolder temp(TempFolder::Name::kNonAscii);
