@@ -3,10 +3,6 @@
 add_library(ryn_build_flags INTERFACE)
 target_compile_features(ryn_build_flags INTERFACE cxx_std_20)
 target_include_directories(ryn_build_flags INTERFACE "${CMAKE_SOURCE_DIR}")
-target_compile_definitions(ryn_build_flags INTERFACE
-  UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX
-  # Oldest Windows whose declarations we use; what is newer is looked up at run time.
-  _WIN32_WINNT=0x0601 WINVER=0x0601)
 target_compile_options(ryn_build_flags INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wconversion -Wshadow>
   $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<BOOL:${RYN_WARNINGS_AS_ERRORS}>>:-Werror>
@@ -14,14 +10,20 @@ target_compile_options(ryn_build_flags INTERFACE
   $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>
   # Both make variants of the same few string functions, one for each source file, which cost 10 KB together.
   $<$<CONFIG:MinSizeRel>:-fno-ipa-sra -fno-inline-small-functions>)
-target_link_options(ryn_build_flags INTERFACE
-  # One file to copy: no libstdc++, libgcc or winpthread beside the program.
-  -static
-  # Brings libssp in.
-  -fstack-protector-strong
-  -Wl,--gc-sections
-  -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat
-  $<$<CONFIG:MinSizeRel>:-s>)
+if(WIN32)
+  target_compile_definitions(ryn_build_flags INTERFACE
+    UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX
+    # Oldest Windows whose declarations we use; what is newer is looked up at run time.
+    _WIN32_WINNT=0x0601 WINVER=0x0601)
+  target_link_options(ryn_build_flags INTERFACE
+    # One file to copy: no libstdc++, libgcc or winpthread beside the program.
+    -static
+    # Brings libssp in.
+    -fstack-protector-strong
+    -Wl,--gc-sections
+    -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat
+    $<$<CONFIG:MinSizeRel>:-s>)
+endif()
 
 # ryn_library(NAME SOURCES ... LINKS ...): one folder's static library.
 function(ryn_library name)
