@@ -1,0 +1,14 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace ryn {
+
+/// What keeps an image, or something in it, from being read or changed. `what()` is a clause in UTF-8,
+/// without a full stop, to be put behind the file's name: "it is signed, ...".
+class ImageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace ryn
