@@ -266,3 +266,13 @@ def test_files_are_rolled_while_they_grow(app):
     everything = "".join(f"grüße {i}\n" for i in range(600))
     assert everything.endswith("".join(texts))
     assert all(1000 < len(text.encode("utf-8")) <= 1024 for text in texts[:2])
+
+
+def test_input(app):
+    process = app.start("serve", facts={"ryn.launch.stop.input": "true"}, stdin=subprocess.PIPE)
+    assert process.stdout.readline() == b"started\n"
+    # What the program reads ends, too; hooks run.
+    output, error, code = finish(process)
+    assert (sorted(set(output) - {"-1"}), error, code) == (["hook"], "", 0)
+    for facts in {}, {"ryn.launch.stop.input": "false"}:
+        assert finish(app.start("input", facts=facts, stdin=subprocess.PIPE), b"A") == (["65"], "", 0)

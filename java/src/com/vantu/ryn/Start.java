@@ -21,6 +21,9 @@ public final class Start {
             launch = Launch.read(args);
             launch.publish();
             logs = Logs.open(launch);
+            if (launch.factIs("ryn.launch.stop.input", "true")) {
+                StopInput.watch();
+            }
             program = Program.find(launch);
         } catch (CannotStart e) {
             tell(e, launch, logs);
