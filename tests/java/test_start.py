@@ -276,3 +276,32 @@ def test_input(app):
     assert (sorted(set(output) - {"-1"}), error, code) == (["hook"], "", 0)
     for facts in {}, {"ryn.launch.stop.input": "false"}:
         assert finish(app.start("input", facts=facts, stdin=subprocess.PIPE), b"A") == (["65"], "", 0)
+
+
+def test_single_instance(app):
+    settings = {"ryn.start.jar": "lib/app.jar", "ryn.start.single.instance": "true"}
+
+    def start_first():
+        first = app.start("listen", settings=settings, stdin=subprocess.PIPE)
+        assert first.stdout.readline() == b"started\n"
+        return first
+
+    first = start_first()
+    began = time.monotonic()
+    others = [app.start(str(i), "a b", "", "文", settings=settings, facts={"ryn.launch.start.folder": "/x/here"})
+              for i in range(3)]
+    assert [finish(other) for other in others] == [([], "", 0)] * 3
+    # Kept until the program listens.
+    first.stdin.write(b"\n")
+    first.stdin.flush()
+    assert sorted(first.stdout.readline().decode() for _ in others) == [f"{i}|a b||文 in here\n" for i in range(3)]
+    assert finish(app.start("late", settings=settings)) == ([], "", 0)
+    assert first.stdout.readline().decode() == "late in app\n"
+    assert time.monotonic() - began < 10, "somebody waited for a limit"
+
+    # Killed, it leaves nothing that keeps a next one from being the first; another application is its own.
+    first.kill()
+    first.wait()
+    start_first()
+    app.ryn = app.folder / "Other.ryn"
+    assert finish(app.start("arguments", settings=settings))[0] == ["arguments"]

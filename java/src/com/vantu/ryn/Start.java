@@ -20,7 +20,21 @@ public final class Start {
         try {
             launch = Launch.read(args);
             launch.publish();
+            CannotStart unanswered = null;
+            if (launch.isOn("ryn.start.single.instance")) {
+                try {
+                    if (!SingleInstance.isFirst(launch)) {
+                        return;
+                    }
+                } catch (CannotStart e) {
+                    unanswered = e;
+                }
+            }
+            // Only now: a start that is handed over has no business in the files of the first.
             logs = Logs.open(launch);
+            if (unanswered != null) {
+                throw unanswered;
+            }
             if (launch.factIs("ryn.launch.stop.input", "true")) {
                 StopInput.watch();
             }
