@@ -63,10 +63,9 @@ VmVersion versionFromLayout(const std::wstring& folder, const std::wstring& lowe
 // Version text of the runtime that the registry calls the current one; "0.0.0.0" when it names none.
 std::wstring registeredRuntimeVersion(const VmProbe& probe) {
   const std::wstring key = kJavaRuntimeEnvironmentKey;
-  const auto current = probe.registryTexts(key, RegistryView::kNative, {kCurrentVersionValue})[0];
+  const auto current = probe.registryText(key, RegistryView::kNative, kCurrentVersionValue);
   if (!current) return L"0.0.0.0";
-  const auto micro =
-      probe.registryTexts(concat({key, L"\\", *current}), RegistryView::kNative, {kMicroVersionValue})[0];
+  const auto micro = probe.registryText(joinPath(key, *current), RegistryView::kNative, kMicroVersionValue);
   return micro ? concat({*current, L".", *micro, L"_0"}) : L"0.0.0.0";
 }
 

@@ -16,7 +16,7 @@ namespace {
 // A hint that begins so names a registry key, any other one folders.
 constexpr wchar_t kRegistryHint[] = L"\\HKEY_";
 // Where vendors leave the folder of a VM in its key.
-const std::wstring kHomeValues[] = {kJavaHomeValue, L"Path", L"InstallationPath", L""};
+constexpr const wchar_t* kHomeValues[] = {kJavaHomeValue, L"Path", L"InstallationPath", L""};
 constexpr wchar_t kDefaultExecutable[] = L"java.exe";
 constexpr const wchar_t* kProgramFolders[] = {L"%ProgramFiles%", L"%ProgramW6432%", L"%ProgramFiles(x86)%"};
 constexpr int kWalkedLevels = 2;
@@ -54,10 +54,11 @@ std::optional<std::wstring> expandVariables(std::wstring_view text, const Enviro
   }
 }
 
-// One description that has something to say about VMs of this system.
+// What a search needs of a description that has something to say about VMs of this system.
 struct Described {
   std::wstring path;
-  VmDescription description;
+  std::wstring executable;
+  std::vector<std::wstring> hints;
 };
 
 class Search {
@@ -73,18 +74,18 @@ class Search {
   VmChoice search(const std::vector<std::wstring>& paths) {
     std::vector<Described> descriptions;
     for (const std::wstring& path : paths) {
-      Described described{path, VmDescription::parse(probe_.readText(path).value_or(L""))};
+      const VmDescription description = VmDescription::parse(probe_.readText(path).value_or(L""));
       // Nothing is known of VMs whose file is missing; any VM of the machine would do otherwise.
-      if (described.description.empty()) {
+      if (description.empty()) {
         note(path, VmOutcome::kNoDescription);
-      } else if (!fitsPlatform(described.description.platformHints)) {
+      } else if (!fitsPlatform(description.platformHints)) {
         note(path, VmOutcome::kOtherSystem);
       } else {
-        descriptions.push_back(std::move(described));
+        descriptions.push_back({path, executableName(description), description.pathHints});
       }
     }
     if (descriptions.empty()) return std::move(choice_);
-    for (const Described& described : descriptions) lookInto(hintedPlaces(described.description), described);
+    for (const Described& described : descriptions) lookInto(hintedPlaces(described), described);
     // The places that only administrators can write to come first. A root that anyone can is no place to look
     // for a program to run with more rights than theirs.
     if (goesOn()) walk(programFolders(), descriptions);
@@ -100,9 +101,9 @@ class Search {
     choice_.considered.push_back(emptyPlace(VmSource::kDescription, path, outcome));
   }
 
-  std::vector<Place> hintedPlaces(const VmDescription& description) const {
+  std::vector<Place> hintedPlaces(const Described& described) const {
     std::vector<Place> places;
-    for (const std::wstring& hint : description.pathHints) {
+    for (const std::wstring& hint : described.hints) {
       if (hint.starts_with(kRegistryHint)) {
         for (const std::wstring& key : expandKeys(hint)) addRegisteredPlaces(key, places);
       } else {
@@ -155,12 +156,12 @@ class Search {
   }
 
   void addHome(const std::wstring& key, std::vector<Place>& places) const {
-    for (const auto& home :
-         probe_.registryTexts(key, RegistryView::kNative, {std::begin(kHomeValues), std::end(kHomeValues)})) {
-      if (!home || home->empty()) continue;
+    for (const wchar_t* value : kHomeValues) {
+      const auto home = probe_.registryText(key, RegistryView::kNative, value);
       // Other texts are names and versions.
-      if (!isAbsolutePath(*home) && !home->starts_with(L'%') && !home->starts_with(L'"')) continue;
-      return addFolders(*home, key, places);
+      if (home && (isAbsolutePath(*home) || home->starts_with(L'%') || home->starts_with(L'"'))) {
+        return addFolders(*home, key, places);
+      }
     }
   }
 
@@ -182,15 +183,15 @@ class Search {
 
   void lookInto(const std::vector<Place>& places, const Described& described) {
     if (!goesOn()) return;
-    const std::wstring executable = executableName(described.description);
     std::vector<ConsideredVm> found;
     for (const Place& place : places) {
       for (const wchar_t* folder : {L"", L"bin\\", L"jre\\bin\\"}) {
-        const std::wstring path = joinPath(place.path, folder + executable);
+        const std::wstring path = joinPath(place.path, folder + described.executable);
         if (probe_.fileExists(path)) found.push_back(candidate(path, place, described.path));
       }
       // The place itself can be the program.
-      if (equalIgnoringCase(fileName(place.path), fileName(executable)) && probe_.fileExists(place.path)) {
+      if (equalIgnoringCase(fileName(place.path), fileName(described.executable)) &&
+          probe_.fileExists(place.path)) {
         found.push_back(candidate(place.path, place, described.path));
       }
     }

@@ -24,16 +24,15 @@ ConsideredVm registeredVm(const RegistryLocation& location, RegistryView view, c
   vm.candidate.bitnessClass = view == RegistryView::k64 ? 1 : 0;
   vm.candidate.version = parseVmVersion(subkey);
 
-  const auto values = probe.registryTexts(vm.where, view, {kJavaHomeValue, kMicroVersionValue});
-  const std::optional<std::wstring>& home = values[0];
-  const std::optional<std::wstring>& minor = values[1];
+  const std::optional<std::wstring> home = probe.registryText(vm.where, view, kJavaHomeValue);
+  std::optional<std::wstring> minor(L"0");
   // Old installers keep the minor number in a value of its own.
-  const bool needsMinor = vm.candidate.version.generation() <= 8;
-  if (!home || (needsMinor && !minor)) {
+  if (vm.candidate.version.generation() <= 8) minor = probe.registryText(vm.where, view, kMicroVersionValue);
+  if (!home || !minor) {
     vm.outcome = VmOutcome::kUnreadableKey;
     return vm;
   }
-  vm.candidate.version.setMinor(static_cast<int16_t>(needsMinor ? parseInteger(*minor) : 0));
+  vm.candidate.version.setMinor(static_cast<int16_t>(parseInteger(*minor)));
   vm.candidate.folder = withoutTrailingSeparators(*home);
   // Uninstalled VMs leave their keys behind, and often an empty folder.
   if (!isFullPath(vm.candidate.folder) || !probe.fileExists(vmProgram(vm.candidate, console, probe))) {

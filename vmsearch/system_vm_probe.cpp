@@ -93,14 +93,10 @@ std::optional<std::vector<std::wstring>> SystemVmProbe::subkeyNames(const std::w
   return opened->subkeyNames();
 }
 
-std::vector<std::optional<std::wstring>> SystemVmProbe::registryTexts(const std::wstring& key,
-                                                                      RegistryView view,
-                                                                      std::vector<std::wstring> names) const {
-  std::vector<std::optional<std::wstring>> texts(names.size());
-  if (const std::optional<RegistryKey> opened = openKey(key, view)) {
-    for (size_t i = 0; i < names.size(); ++i) texts[i] = opened->tryQueryString(names[i]);
-  }
-  return texts;
+std::optional<std::wstring> SystemVmProbe::registryText(const std::wstring& key, RegistryView view,
+                                                        const std::wstring& name) const {
+  const std::optional<RegistryKey> opened = openKey(key, view);
+  return opened ? opened->tryQueryString(name) : std::nullopt;
 }
 
 bool SystemVmProbe::isAdministrator() const {

@@ -22,8 +22,8 @@ class SystemVmProbe final : public VmProbe {
   std::wstring wow64SystemFolder() const override;
   std::optional<std::vector<std::wstring>> subkeyNames(const std::wstring& key,
                                                        RegistryView view) const override;
-  std::vector<std::optional<std::wstring>> registryTexts(const std::wstring& key, RegistryView view,
-                                                         std::vector<std::wstring> names) const override;
+  std::optional<std::wstring> registryText(const std::wstring& key, RegistryView view,
+                                           const std::wstring& name) const override;
   bool isAdministrator() const override;
   bool refusesFolder(const std::wstring& folder) const override;
   ValidatorAnswer validate(const std::wstring& executable, const std::wstring& jar,

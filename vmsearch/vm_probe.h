@@ -65,10 +65,10 @@ class VmProbe {
   /// Names of the direct subkeys in the system's order; nothing when the key cannot be opened.
   virtual std::optional<std::vector<std::wstring>> subkeyNames(const std::wstring& key,
                                                                RegistryView view) const = 0;
-  /// The texts of the values `names` of one key, in their order, each absent when the key has no such text;
-  /// the name of the key's default value is empty. All absent when the key cannot be opened.
-  virtual std::vector<std::optional<std::wstring>> registryTexts(const std::wstring& key, RegistryView view,
-                                                                 std::vector<std::wstring> names) const = 0;
+  /// The text of the value `name` (empty for the key's default value); nothing when the key cannot be opened
+  /// or has no such text.
+  virtual std::optional<std::wstring> registryText(const std::wstring& key, RegistryView view,
+                                                   const std::wstring& name) const = 0;
   ///@}
 
   virtual bool isAdministrator() const = 0;

@@ -94,16 +94,12 @@ class FakeProbe final : public VmProbe {
     }
     return exists ? std::optional(names) : std::nullopt;
   }
-  std::vector<std::optional<std::wstring>> registryTexts(const std::wstring& key, RegistryView view,
-                                                         std::vector<std::wstring> names) const override {
+  std::optional<std::wstring> registryText(const std::wstring& key, RegistryView view,
+                                           const std::wstring& name) const override {
     const auto& keys = view == RegistryView::k64 ? registry64 : registry;
-    std::vector<std::optional<std::wstring>> result(names.size());
     const auto values = keys.find(key);
-    for (size_t i = 0; values != keys.end() && i < names.size(); ++i) {
-      const auto found = values->second.find(names[i]);
-      if (found != values->second.end()) result[i] = found->second;
-    }
-    return result;
+    if (values == keys.end() || !values->second.contains(name)) return std::nullopt;
+    return values->second.at(name);
   }
   bool isAdministrator() const override { return administrator; }
   bool refusesFolder(const std::wstring& folder) const override {
