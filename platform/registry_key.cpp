@@ -1,23 +1,11 @@
 #include "platform/registry_key.h"
 
-#include <string_view>
+#include "platform/registry_calls.h"
 
 namespace ryn {
-namespace {
 
-std::wstring systemErrorText(DWORD error) {
-  wchar_t text[128];
-  const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                      error, MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT), text,
-                                      static_cast<DWORD>(std::size(text)), nullptr);
-  return std::wstring(text, length);
-}
-
-constexpr wchar_t kNotOpen[] = L"key not open";
-
-/// Null when `text` was read, else what is wrong.
-const wchar_t* readText(HKEY key, const std::wstring& name, std::wstring& text) {
-  if (key == nullptr) return kNotOpen;
+const wchar_t* readRegistryText(HKEY key, const std::wstring& name, std::wstring& text) {
+  if (key == nullptr) return kKeyNotOpen;
   BYTE data[512];
   DWORD sizeBytes = sizeof(data);
   DWORD type = REG_NONE;
@@ -31,8 +19,7 @@ const wchar_t* readText(HKEY key, const std::wstring& name, std::wstring& text) 
   return nullptr;
 }
 
-/// Windows error.
-LSTATUS openKey(HKEY root, const std::wstring& subkey, REGSAM access, UniqueHkey& key) {
+LSTATUS openRegistryKey(HKEY root, const std::wstring& subkey, REGSAM access, UniqueHkey& key) {
   if (RegOpenKeyExW(root, subkey.c_str(), 0, access, key.receive()) == ERROR_SUCCESS) return ERROR_SUCCESS;
 
   // Some keys grant no more than looking at values and subkeys; the view bits are dropped with the
@@ -51,59 +38,31 @@ LSTATUS openKey(HKEY root, const std::wstring& subkey, REGSAM access, UniqueHkey
   return status;
 }
 
-void openOrThrow(HKEY root, const std::wstring& subkey, REGSAM access, UniqueHkey& key) {
-  const LSTATUS status = openKey(root, subkey, access, key);
-  if (status != ERROR_SUCCESS) throw KeyException(systemErrorText(static_cast<DWORD>(status)), subkey);
-}
-
-}  // namespace
-
-RegistryKey::RegistryKey(const std::wstring& subkey, REGSAM access)
-    : RegistryKey(HKEY_LOCAL_MACHINE, subkey, access) {}
-
-RegistryKey::RegistryKey(HKEY root, const std::wstring& subkey, REGSAM access) : path_(subkey) {
-  openOrThrow(root, subkey, access, handle_);
-}
-
-RegistryKey::RegistryKey(const RegistryKey& parent, const std::wstring& subkey)
-    : path_(parent.path() + L"\\" + subkey) {
-  // A closed parent's null handle would make the system open something else.
-  if (!parent.handle_) throw KeyException(kNotOpen, L"");
-  openOrThrow(parent.handle(), subkey, KEY_READ, handle_);
-}
-
 std::optional<RegistryKey> RegistryKey::tryOpen(const std::wstring& subkey, REGSAM access) {
   return tryOpen(HKEY_LOCAL_MACHINE, subkey, access);
 }
 
 std::optional<RegistryKey> RegistryKey::tryOpen(HKEY root, const std::wstring& subkey, REGSAM access) {
   UniqueHkey key;
-  if (openKey(root, subkey, access, key) != ERROR_SUCCESS) return std::nullopt;
+  if (openRegistryKey(root, subkey, access, key) != ERROR_SUCCESS) return std::nullopt;
   return RegistryKey(subkey, std::move(key));
 }
 
 std::optional<RegistryKey> RegistryKey::tryOpen(const RegistryKey& parent, const std::wstring& subkey) {
   UniqueHkey key;
-  if (!parent.handle_ || openKey(parent.handle(), subkey, KEY_READ, key) != ERROR_SUCCESS)
+  if (!parent.handle_ || openRegistryKey(parent.handle(), subkey, KEY_READ, key) != ERROR_SUCCESS)
     return std::nullopt;
   return RegistryKey(parent.path() + L"\\" + subkey, std::move(key));
 }
 
-std::wstring RegistryKey::queryString(const std::wstring& name) const {
-  std::wstring text;
-  const wchar_t* const failure = readText(handle_.get(), name, text);
-  if (failure != nullptr) throw KeyException(failure, handle_ ? path_ : std::wstring());
-  return text;
-}
-
 std::optional<std::wstring> RegistryKey::tryQueryString(const std::wstring& name) const {
   std::wstring text;
-  if (readText(handle_.get(), name, text) != nullptr) return std::nullopt;
+  if (readRegistryText(handle_.get(), name, text) != nullptr) return std::nullopt;
   return text;
 }
 
 std::vector<std::wstring> RegistryKey::subkeyNames() const {
-  if (!handle_) throw KeyException(kNotOpen, L"");
+  if (!handle_) throw KeyException(kKeyNotOpen, L"");
   return listSubkeys(handle_.get(), &RegEnumKeyExW);
 }
 
@@ -123,23 +82,26 @@ std::vector<std::wstring> listSubkeys(HKEY key, decltype(&RegEnumKeyExW) enumera
 HKEY rootKeyFromPath(const std::wstring& path) {
   struct Root {
     std::wstring_view prefix;
-    HKEY key;
+    uint32_t number;
   };
-  // HKEY_PERFORMANCE_TEXT and _NLSTEXT are never reached by HKEY_PERFORMANCE_DATA's prefix, so the
-  // order matters only for reading.
-  const Root roots[] = {
-      {L"\\HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT},
-      {L"\\HKEY_CURRENT_USER", HKEY_CURRENT_USER},
-      {L"\\HKEY_LOCAL_MACHINE", HKEY_LOCAL_MACHINE},
-      {L"\\HKEY_USERS", HKEY_USERS},
-      {L"\\HKEY_PERFORMANCE_DATA", HKEY_PERFORMANCE_DATA},
-      {L"\\HKEY_PERFORMANCE_TEXT", HKEY_PERFORMANCE_TEXT},
-      {L"\\HKEY_PERFORMANCE_NLSTEXT", HKEY_PERFORMANCE_NLSTEXT},
-      {L"\\HKEY_CURRENT_CONFIG", HKEY_CURRENT_CONFIG},
-      {L"\\HKEY_DYN_DATA", HKEY_DYN_DATA},
+  // The numbers of winreg.h. HKEY_PERFORMANCE_TEXT and _NLSTEXT are never reached by HKEY_PERFORMANCE_DATA's
+  // prefix, so the order matters only for reading.
+  static constexpr Root kRoots[] = {
+      {L"\\HKEY_CLASSES_ROOT", 0x80000000},
+      {L"\\HKEY_CURRENT_USER", 0x80000001},
+      {L"\\HKEY_LOCAL_MACHINE", 0x80000002},
+      {L"\\HKEY_USERS", 0x80000003},
+      {L"\\HKEY_PERFORMANCE_DATA", 0x80000004},
+      {L"\\HKEY_PERFORMANCE_TEXT", 0x80000050},
+      {L"\\HKEY_PERFORMANCE_NLSTEXT", 0x80000060},
+      {L"\\HKEY_CURRENT_CONFIG", 0x80000005},
+      {L"\\HKEY_DYN_DATA", 0x80000006},
   };
-  for (const Root& root : roots) {
-    if (path.starts_with(root.prefix)) return root.key;
+  for (const Root& root : kRoots) {
+    // Sign-extended, as the header does it.
+    if (path.starts_with(root.prefix)) {
+      return reinterpret_cast<HKEY>(static_cast<intptr_t>(static_cast<int32_t>(root.number)));
+    }
   }
   return nullptr;
 }

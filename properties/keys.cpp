@@ -6,6 +6,14 @@
 #include "platform/text.h"
 
 namespace ryn {
+namespace {
+
+// Pointers, because views at every call are twice the code.
+std::wstring text(const PropertyFile& properties, const wchar_t* key, const wchar_t* defaultValue = L"") {
+  return properties.get(key, defaultValue);
+}
+
+}  // namespace
 
 bool parseBoolean(std::wstring_view text) {
   const std::wstring lower = lowerCase(text);
@@ -22,109 +30,109 @@ uint64_t parseSize(std::wstring_view text) {
 }
 
 std::wstring currentVm(const PropertyFile& properties) {
-  return properties.get(keys::kCurrentVm);
+  return text(properties, keys::kCurrentVm.data());
 }
 
 std::wstring validVmList(const PropertyFile& properties) {
-  return properties.get(L"ryn.nl.valid.vm.list");
+  return text(properties, L"ryn.nl.valid.vm.list");
 }
 
 std::wstring jvmHigh(const PropertyFile& properties) {
-  return properties.get(L"ryn.nl.jvm.high");
+  return text(properties, L"ryn.nl.jvm.high");
 }
 
 std::wstring secureFolderCheck(const PropertyFile& properties) {
-  return properties.get(L"ryn.nl.designer.jvm.securefolder.check");
+  return text(properties, L"ryn.nl.designer.jvm.securefolder.check");
 }
 
 std::wstring mainClass(const PropertyFile& properties) {
-  return properties.get(L"ryn.nl.java.launcher.main.class");
+  return text(properties, L"ryn.nl.java.launcher.main.class");
 }
 
 std::wstring classPath(const PropertyFile& properties, const EnvironmentMap& environment) {
-  std::wstring value = properties.get(L"ryn.class.path");
+  std::wstring value = text(properties, L"ryn.class.path");
   if (value.find(keys::kClasspathPlaceholder) == std::wstring::npos) return value;
   return replaceFirst(value, keys::kClasspathPlaceholder, variableIn(environment, L"CLASSPATH"));
 }
 
 std::wstring userDir(const PropertyFile& properties) {
-  return properties.get(L"ryn.user.dir");
+  return text(properties, L"ryn.user.dir");
 }
 
 std::wstring applicationName(const PropertyFile& properties) {
-  return properties.get(L"ryn.application.name", L"Kestrune");
+  return text(properties, L"ryn.application.name", L"Kestrune");
 }
 
 std::wstring stdoutRedirect(const PropertyFile& properties) {
-  return properties.get(keys::kStdoutRedirect);
+  return text(properties, keys::kStdoutRedirect.data());
 }
 
 std::wstring stderrRedirect(const PropertyFile& properties) {
-  return properties.get(keys::kStderrRedirect);
+  return text(properties, keys::kStderrRedirect.data());
 }
 
 std::wstring optionVerifyMode(const PropertyFile& properties) {
-  return properties.get(L"ryn.nl.java.option.verify.mode");
+  return text(properties, L"ryn.nl.java.option.verify.mode");
 }
 
 std::wstring optionVerbose(const PropertyFile& properties) {
-  return properties.get(L"ryn.nl.java.option.verbose");
+  return text(properties, L"ryn.nl.java.option.verbose");
 }
 
 std::wstring optionGcExtent(const PropertyFile& properties) {
-  return properties.get(L"ryn.nl.java.option.garbage.collection.extent");
+  return text(properties, L"ryn.nl.java.option.garbage.collection.extent");
 }
 
 std::wstring optionGcBackgroundThread(const PropertyFile& properties) {
-  return properties.get(L"ryn.nl.java.option.garbage.collection.background.thread");
+  return text(properties, L"ryn.nl.java.option.garbage.collection.background.thread");
 }
 
 std::wstring optionDebugging(const PropertyFile& properties) {
-  return properties.get(L"ryn.nl.java.option.debugging");
+  return text(properties, L"ryn.nl.java.option.debugging");
 }
 
 std::wstring optionCompiler(const PropertyFile& properties) {
-  return properties.get(L"ryn.nl.java.option.compiler");
+  return text(properties, L"ryn.nl.java.option.compiler");
 }
 
 std::wstring optionAdditional(const PropertyFile& properties) {
-  return properties.get(L"ryn.nl.java.option.additional");
+  return text(properties, L"ryn.nl.java.option.additional");
 }
 
 uint64_t optionHeapInitial(const PropertyFile& properties) {
-  return parseSize(properties.get(L"ryn.nl.java.option.java.heap.size.initial", L"0"));
+  return parseSize(text(properties, L"ryn.nl.java.option.java.heap.size.initial", L"0"));
 }
 
 uint64_t optionHeapMax(const PropertyFile& properties) {
-  return parseSize(properties.get(L"ryn.nl.java.option.java.heap.size.max", L"0"));
+  return parseSize(text(properties, L"ryn.nl.java.option.java.heap.size.max", L"0"));
 }
 
 bool consolePause(const PropertyFile& properties) {
-  return parseBoolean(properties.get(L"ryn.win32.console.pause"));
+  return parseBoolean(text(properties, L"ryn.win32.console.pause"));
 }
 
 bool win32Job(const PropertyFile& properties) {
-  return parseBoolean(properties.get(L"ryn.win32.job"));
+  return parseBoolean(text(properties, L"ryn.win32.job"));
 }
 
 uint32_t serviceStopSeconds(const PropertyFile& properties) {
-  return static_cast<uint32_t>(std::max(0, parseInteger(properties.get(L"ryn.service.stop.seconds"))));
+  return static_cast<uint32_t>(std::max(0, parseInteger(text(properties, L"ryn.service.stop.seconds"))));
 }
 
 int32_t microsoftVmMinVersion(const PropertyFile& properties) {
-  return parseInteger(properties.get(L"ryn.nl.win32.microsoftvm.min.version", L"0"));
+  return parseInteger(text(properties, L"ryn.nl.win32.microsoftvm.min.version", L"0"));
 }
 
 uint64_t launcherPlatform(const PropertyFile& properties) {
-  return parseSize(properties.get(L"ryn.nl.win32.java.launcher.platform", L"1"));
+  return parseSize(text(properties, L"ryn.nl.win32.java.launcher.platform", L"1"));
 }
 
 std::wstring vmBits(const PropertyFile& properties) {
-  return properties.get(L"ryn.win32.vm.bits");
+  return text(properties, L"ryn.win32.vm.bits");
 }
 
 std::wstring installerUi(const PropertyFile& properties) {
-  return properties.get(L"ryn.installer.windows.ui.default");
+  return text(properties, L"ryn.installer.windows.ui.default");
 }
 
 }  // namespace ryn
