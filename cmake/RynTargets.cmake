@@ -9,7 +9,7 @@ target_compile_options(ryn_build_flags INTERFACE
   # No -ffunction-sections: on Windows the unwind tables keep every section, and each is padded to 16 bytes.
   $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>
   # Both make variants of the same few string functions, one for each source file, which cost 10 KB together.
-  $<$<CONFIG:MinSizeRel>:-fno-ipa-sra -fno-inline-small-functions>)
+  $<$<CONFIG:MinSizeRel>:-Oz -fno-ipa-sra -fno-inline-small-functions>)
 if(WIN32)
   target_compile_definitions(ryn_build_flags INTERFACE
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX
@@ -25,9 +25,17 @@ if(WIN32)
     $<$<CONFIG:MinSizeRel>:-s>)
 endif()
 
-# ryn_library(NAME SOURCES ... LINKS ...): one folder's static library.
+# Rules throw nothing of their own. What passes through them is a lack of memory, which ends the program; cleaning up
+# behind them for that would be a tenth of its code. (Their frames are unwound all the same, their destructors do not
+# run.) Only for sources that neither throw nor hold what outlives the process.
+set(RYN_RULES_OPTIONS $<$<CONFIG:MinSizeRel>:-fno-exceptions>)
+
+# ryn_library(NAME [RULES] SOURCES ... LINKS ...): one folder's static library; RULES for one that is nothing else.
 function(ryn_library name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "RULES" "" "SOURCES;LINKS")
   add_library(${name} STATIC ${arg_SOURCES})
   target_link_libraries(${name} PUBLIC ryn_build_flags ${arg_LINKS})
+  if(arg_RULES)
+    target_compile_options(${name} PRIVATE ${RYN_RULES_OPTIONS})
+  endif()
 endfunction()
