@@ -2,24 +2,30 @@
 #include <pthread.h>
 #include <windows.h>
 
-// The few functions of winpthread that libstdc++ and libgcc call for themselves: around the memory of exceptions,
-// around static variables of functions, and to find what belongs to a thread. winpthread keeps a table of threads,
-// an exception handler and start-up code behind them, 30 KB of the program; Windows has the same as locks that need
-// no set-up.
+// The few functions of winpthread that libstdc++ and libgcc call for themselves: around the memory of
+// exceptions, around static variables of functions, and to find what belongs to a thread. winpthread keeps a
+// table of threads, an exception handler and start-up code behind them, 30 KB of the program; Windows has the
+// same as locks that need no set-up.
 //
-// When code begins to use another function of it (std::thread, a recursive mutex), the linker takes winpthread's file
-// with all of them and complains of definitions that occur twice: define that one here, too.
+// When code begins to use another function of it (std::thread, a recursive mutex), the linker takes
+// winpthread's file with all of them and complains of definitions that occur twice: define that one here,
+// too.
 namespace {
 
-// A static initialiser of winpthread is -1, an unused lock of Windows is 0; no lock in use is all ones, since its
-// pointer is aligned and its counters are 32 bits wide.
-constexpr intptr_t kUnused = -1;
+// Static initialisers of winpthread are -1 for a plain object, -2 and -3 for mutexes of other types; an
+// unused lock of Windows is 0. No lock in use looks like them, since its pointer is aligned and its counters
+// are 32 bits wide. The libraries declare the mutex around static variables as one that can be locked twice,
+// and never do so.
+constexpr intptr_t kPlain = -1;
+constexpr intptr_t kOtherType = -3;
 
 template <typename Lock>
 Lock* lockIn(intptr_t* object) {
   static_assert(sizeof(Lock) == sizeof(*object));
-  intptr_t expected = kUnused;
-  __atomic_compare_exchange_n(object, &expected, 0, false, __ATOMIC_ACQ_REL, __ATOMIC_RELAXED);
+  intptr_t value = __atomic_load_n(object, __ATOMIC_ACQUIRE);
+  if (value <= kPlain && value >= kOtherType) {
+    __atomic_compare_exchange_n(object, &value, 0, false, __ATOMIC_ACQ_REL, __ATOMIC_RELAXED);
+  }
   return reinterpret_cast<Lock*>(object);
 }
 
@@ -28,7 +34,7 @@ Lock* lockIn(intptr_t* object) {
 extern "C" {
 
 int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* /*attributes*/) {
-  *mutex = kUnused;
+  *mutex = kPlain;
   return 0;
 }
 
