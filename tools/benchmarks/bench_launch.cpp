@@ -1,6 +1,7 @@
-// Times command lines against each other: bench_launch ROUNDS COMMAND... Each round runs every command once,
-// so that whatever else the machine does falls on all of them alike. Prints each round's milliseconds, a line
-// a round.
+// Times command lines against each other: bench_launch ROUNDS EXIT_CODE COMMAND... Each round runs every
+// command once, so that whatever else the machine does falls on all of them alike. Prints each round's
+// milliseconds, a line a round. A command that ends with another code has failed, and a failure is not worth
+// timing.
 #include <windows.h>
 
 #include <cstdio>
@@ -8,7 +9,7 @@
 
 namespace {
 
-double run(std::wstring command) {
+double run(std::wstring command, DWORD expectedCode) {
   LARGE_INTEGER frequency, before, after;
   QueryPerformanceFrequency(&frequency);
   STARTUPINFOW info = {};
@@ -19,11 +20,11 @@ double run(std::wstring command) {
     return -1;
   const DWORD waited = WaitForSingleObject(started.hProcess, 60000);
   QueryPerformanceCounter(&after);
-  DWORD exitCode = 1;
+  DWORD exitCode = 0;
   GetExitCodeProcess(started.hProcess, &exitCode);
   CloseHandle(started.hProcess);
   CloseHandle(started.hThread);
-  if (waited != WAIT_OBJECT_0 || exitCode != 0) return -1;
+  if (waited != WAIT_OBJECT_0 || exitCode != expectedCode) return -1;
   return 1000.0 * static_cast<double>(after.QuadPart - before.QuadPart) /
          static_cast<double>(frequency.QuadPart);
 }
@@ -31,16 +32,17 @@ double run(std::wstring command) {
 }  // namespace
 
 int wmain(int count, wchar_t** arguments) {
-  if (count < 3) return 2;
+  if (count < 4) return 2;
   const int rounds = _wtoi(arguments[1]);
+  const auto expectedCode = static_cast<DWORD>(_wtoi(arguments[2]));
   for (int round = 0; round < rounds; ++round) {
-    for (int i = 2; i < count; ++i) {
-      const double ms = run(arguments[i]);
+    for (int i = 3; i < count; ++i) {
+      const double ms = run(arguments[i], expectedCode);
       if (ms < 0) {
         std::fprintf(stderr, "failed: %ls\n", arguments[i]);
         return 1;
       }
-      std::printf("%s%.3f", i == 2 ? "" : " ", ms);
+      std::printf("%s%.3f", i == 3 ? "" : " ", ms);
     }
     std::printf("\n");
     std::fflush(stdout);

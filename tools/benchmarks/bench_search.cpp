@@ -1,7 +1,8 @@
-// Times the search for installed VMs: bench_search ROUNDS SMALL_PATH_FILE SMALL_KEYS LARGE_PATH_FILE
-// LARGE_KEYS. The path files hold a PATH text each; that many registered VMs are written below a throw-away
-// key that stands in for HKEY_LOCAL_MACHINE. Prints each round's milliseconds for small and large, and the
-// number of VMs found.
+// Times the search for installed VMs: bench_search ROUNDS HOMES SMALL_PATH_FILE SMALL_KEYS LARGE_PATH_FILE
+// LARGE_KEYS. The path files hold a PATH text each; that many registered VMs, with the folders "0", "1" and
+// so on of HOMES, are written below a throw-away key that stands in for HKEY_LOCAL_MACHINE. Prints each
+// round's milliseconds for small and large, and the number of VMs seen. The last registered VM has the
+// highest version; a search that does not choose it has failed.
 #include <windows.h>
 
 #include <cstdio>
@@ -25,14 +26,15 @@ std::wstring readText(const wchar_t* path) {
   return ryn::fromUtf8(bytes);
 }
 
-void registerVms(int count, const std::wstring& home) {
+void registerVms(int count, const std::wstring& homes) {
   RegDeleteTreeW(HKEY_CURRENT_USER, kRoot);
   HKEY root = nullptr;
   RegCreateKeyExW(HKEY_CURRENT_USER, kRoot, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &root, nullptr);
   RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
   for (int i = 0; i < count; ++i) {
     HKEY key = nullptr;
-    const std::wstring name = L"SOFTWARE\\JavaSoft\\JRE\\17.0." + std::to_wstring(i);
+    const std::wstring name = L"SOFTWARE\\JavaSoft\\JRE\\21.0." + std::to_wstring(i);
+    const std::wstring home = homes + L"\\" + std::to_wstring(i);
     RegCreateKeyExW(root, name.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
     RegSetValueExW(key, L"JavaHome", 0, REG_SZ, reinterpret_cast<const BYTE*>(home.c_str()),
                    static_cast<DWORD>((home.size() + 1) * sizeof(wchar_t)));
@@ -42,7 +44,8 @@ void registerVms(int count, const std::wstring& home) {
   RegCloseKey(root);
 }
 
-double search(const std::wstring& path, size_t& found) {
+// Milliseconds; less than 0 when anything but the VM in `expected` was chosen.
+double search(const std::wstring& path, const std::wstring& expected, size_t& seen) {
   ryn::SystemVmProbe probe;
   ryn::VmRules rules;
   rules.validVmList = L"JRE JDK";
@@ -50,8 +53,10 @@ double search(const std::wstring& path, size_t& found) {
   LARGE_INTEGER frequency, before, after;
   QueryPerformanceFrequency(&frequency);
   QueryPerformanceCounter(&before);
-  found = ryn::searchInstalledVms(L"", path, rules, probe, false).considered.size();
+  const ryn::VmChoice choice = ryn::searchInstalledVms(L"", path, rules, probe, false);
   QueryPerformanceCounter(&after);
+  seen = choice.considered.size();
+  if (!choice.chosen || choice.chosen->folder != expected) return -1;
   return 1000.0 * static_cast<double>(after.QuadPart - before.QuadPart) /
          static_cast<double>(frequency.QuadPart);
 }
@@ -59,18 +64,23 @@ double search(const std::wstring& path, size_t& found) {
 }  // namespace
 
 int wmain(int count, wchar_t** arguments) {
-  if (count != 6) return 2;
-  const std::wstring home = L"C:\\windows";
-  for (int round = 0; round < _wtoi(arguments[1]); ++round) {
+  if (count != 7) return 2;
+  const std::wstring homes = arguments[2];
+  int failed = 0;
+  for (int round = 0; round < _wtoi(arguments[1]) && failed == 0; ++round) {
     double ms[2];
-    size_t found[2];
+    size_t seen[2];
     for (int size = 0; size < 2; ++size) {
-      registerVms(_wtoi(arguments[3 + 2 * size]), home);
-      ms[size] = search(readText(arguments[2 + 2 * size]), found[size]);
+      const int keys = _wtoi(arguments[4 + 2 * size]);
+      registerVms(keys, homes);
+      ms[size] =
+          search(readText(arguments[3 + 2 * size]), homes + L"\\" + std::to_wstring(keys - 1), seen[size]);
+      failed += ms[size] < 0;
     }
-    std::printf("%.3f %.3f %d %d\n", ms[0], ms[1], static_cast<int>(found[0]), static_cast<int>(found[1]));
+    std::printf("%.3f %.3f %d %d\n", ms[0], ms[1], static_cast<int>(seen[0]), static_cast<int>(seen[1]));
   }
   RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
   RegDeleteTreeW(HKEY_CURRENT_USER, kRoot);
-  return 0;
+  if (failed != 0) std::fputs("the search did not choose the VM that it should\n", stderr);
+  return failed;
 }
