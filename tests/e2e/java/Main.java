@@ -1,6 +1,5 @@
 import java.io.FileInputStream;
 import java.io.InputStream;
-import java.io.PrintStream;
 import java.lang.reflect.Method;
 import java.nio.charset.StandardCharsets;
 import java.util.Arrays;
@@ -17,31 +16,17 @@ public class Main {
     public static void main(String[] args) throws Exception {
         switch (args[2]) {
             case "facts":
-                System.out.println(facts(args));
-                break;
-            case "streams":
                 System.in.transferTo(System.out);
-                flood(System.out, Integer.parseInt(args[3]));
-                flood(System.err, Integer.parseInt(args[3]));
-                System.exit(Integer.parseInt(args[4]));
+                System.out.println("\nfacts: " + facts(args));
+                System.err.println("on standard error");
+                System.exit(Runtime.version().feature());
                 break;
-            case "throw":
-                throw new IllegalStateException("on purpose");
             case "window":
                 Window.show(args[3], Integer.parseInt(args[4]));
                 break;
             default:
                 System.exit(99);
         }
-    }
-
-    private static void flood(PrintStream stream, int size) {
-        byte[] bytes = new byte[size];
-        for (int i = 0; i < size; i++) {
-            bytes[i] = (byte) ('a' + i % 26);
-        }
-        stream.write(bytes, 0, size);
-        stream.flush();
     }
 
     private static String facts(String[] args) throws Exception {
