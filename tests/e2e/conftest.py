@@ -1,5 +1,6 @@
 import subprocess
 
+import pefile
 import pytest
 
 import harness
@@ -57,3 +58,18 @@ def java_classes(tmp_path_factory):
     sources = sorted((harness.pathlib.Path(__file__).parent / "java").glob("*.java"))
     subprocess.run(["javac", "--release", "11", "-encoding", "UTF-8", "-d", target, *sources], check=True, timeout=120)
     return target
+
+
+@pytest.fixture(scope="session")
+def image():
+    """The launcher as a PE file."""
+    return pefile.PE(harness.LAUNCHER)
+
+
+@pytest.fixture(scope="session")
+def resources(image):
+    """(type, name, language) to the bytes of each resource; type and name are numbers or texts."""
+    return {(kind.id, name.id or str(name.name), language.id):
+            image.get_data(language.data.struct.OffsetToData, language.data.struct.Size)
+            for kind in image.DIRECTORY_ENTRY_RESOURCE.entries for name in kind.directory.entries
+            for language in name.directory.entries}

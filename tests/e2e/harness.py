@@ -3,10 +3,10 @@
 What only the Windows side can know (the raw command line, all 32 bits of the exit code, message boxes) comes
 from the fixture program runner.exe; what the launcher handed to a VM comes from a stand-in VM's record.
 """
+import collections
 import contextlib
 import dataclasses
 import itertools
-import json
 import os
 import pathlib
 import shutil
@@ -51,11 +51,30 @@ def wait_until(condition, what, seconds=LIMIT_SECONDS):
     return found
 
 
+def read_facts(path, *firsts):
+    """What a fixture program told: its facts as dicts of lists of texts, one for each fact named in `firsts`."""
+    words = path.read_bytes().decode("utf-16-le", "surrogatepass").split("\0") if path.exists() else []
+    found = []
+    for name, value in zip(words[::2], words[1::2]):
+        if name in firsts:
+            found.append(collections.defaultdict(list))
+        found[-1][name].append(value)
+    return found
+
+
+def read_records(path):
+    """What the stand-in VMs that recorded in this file were given."""
+    return [{"arguments": facts.pop("argument", [])} | {name: value for name, (value,) in facts.items() if name[0] != "="} |
+            {"environment": {name[1:]: value for name, (value,) in facts.items() if name[0] == "="}}
+            for facts in read_facts(path, "program")]
+
+
 class Host:
     """A Wine prefix and a display, both private to the tests."""
 
     def __init__(self):
         self._exit = contextlib.ExitStack()
+        self.own_keys = set()
         self.prefix = pathlib.Path(os.environ.get("WINEPREFIX", REPOSITORY / "build" / "wine"))
         # Little of this host may show in the environments that the tests look at.
         keep = ("PATH", "HOME", "USER", "LANG", "DISPLAY", "XAUTHORITY")
@@ -117,7 +136,7 @@ class Host:
         self._request(f"post={message} {wide} {long} {title}")
 
     def _request(self, line):
-        with tempfile.NamedTemporaryFile("w", encoding="utf-8") as request:
+        with tempfile.NamedTemporaryFile("w", encoding="utf-16-le") as request:
             request.write(line + "\n")
             request.flush()
             self.wine(FIXTURES / "runner.exe", windows_path(request.name))
@@ -137,7 +156,7 @@ def install_stand_in(target, variant="sun_8", **settings):
     target.write_bytes(image)
     if settings:
         lines = (f"STAND_IN_{name.upper()}={value}\n" for name, value in settings.items())
-        (target.parent / "stand_in.txt").write_text("".join(lines), encoding="utf-8")
+        (target.parent / "stand_in.txt").write_text("".join(lines), "utf-16-le")
     return target
 
 
@@ -160,7 +179,6 @@ class Box:
     progress: bool
     progress_end: int
     progress_width: int
-    process_id: int
 
     @property
     def text(self):
@@ -175,10 +193,8 @@ class Result:
     stdout: bytes
     stderr: bytes
     boxes: list
-    closed: list
     console: list
     records: list
-    temp_files: list
 
     @property
     def record(self):
@@ -198,17 +214,18 @@ class Result:
         return text
 
     @property
-    def temp_lines(self):
-        """Lines of the temporary properties file whose path the VM was given, else of the only one."""
-        if self.records:
-            path = host_path(self.record["arguments"][self.record["arguments"].index("Main") + 2])
-        else:
-            (path,) = self.temp_files
-        return path.read_text("latin-1").splitlines()
+    def arguments(self):
+        """The application's own of the arguments that the VM was given."""
+        return self.record["arguments"][self.record["arguments"].index("Main") + 3:]
 
     @property
-    def temp_properties(self):
-        return dict(line.split("=", 1) for line in self.temp_lines)
+    def temp_path(self):
+        """The temporary properties file that the VM was given."""
+        return self.record["arguments"][self.record["arguments"].index("Main") + 2]
+
+    @property
+    def temp_lines(self):
+        return host_path(self.temp_path).read_text("latin-1").splitlines()
 
 
 class Run:
@@ -218,10 +235,9 @@ class Run:
         self._limit = limit
         self._folder = folder
         self.record_file = folder / "record"
-        self.temp_folder = folder / "temp"
-        self.temp_folder.mkdir(parents=True)
+        (folder / "temp").mkdir(parents=True)
         request = [("limit", int(limit * 1000)), ("report", windows_path(folder / "report")), *request]
-        (folder / "request").write_text("".join(f"{key}={value}\n" for key, value in request), encoding="utf-8")
+        (folder / "request").write_text("".join(f"{key}={value}\n" for key, value in request), "utf-16-le")
         with contextlib.ExitStack() as files:
             output, error = (files.enter_context(open(folder / name, "wb")) for name in ("stdout", "stderr"))
             if stdin is None:
@@ -235,9 +251,7 @@ class Run:
 
     def records(self):
         """Records of the stand-in VMs so far."""
-        if not self.record_file.exists():
-            return []
-        return [json.loads(line) for line in self.record_file.read_text("ascii").splitlines()]
+        return read_records(self.record_file)
 
     def wait_for_record(self):
         """Waits until a stand-in VM is running."""
@@ -248,15 +262,13 @@ class Run:
 
     def wait(self):
         self._process.wait(self._limit + 30)
-        report = json.loads((self._folder / "report").read_text("ascii"))
-        boxes = [Box(process_id=box.pop("processId"), progress_end=box.pop("progressEnd"),
-                     progress_width=box.pop("progressWidth"), **box) for box in report["boxes"]]
-        assert report["startError"] == 0, f"not started: error {report['startError']}"
-        assert not report["timedOut"], f"still running after {self._limit} s; boxes: {boxes}"
-        return Result(exit_code=report["exitCode"], stdout=(self._folder / "stdout").read_bytes(),
-                      stderr=(self._folder / "stderr").read_bytes(), boxes=boxes, closed=report["closed"],
-                      console=report["console"], records=self.records(),
-                      temp_files=sorted(self.temp_folder.glob("ryn*.tmp")))
+        *boxes, report = read_facts(self._folder / "report", "title", "exitCode")
+        boxes = [Box(box["title"][0], box["text"], box["button"],
+                     *(int(box[name][0]) for name in ("icon", "progress", "progressEnd", "progressWidth"))) for box in boxes]
+        assert report["startError"] == ["0"], f"not started: error {report['startError']}"
+        assert report["timedOut"] == ["0"], f"still running after {self._limit} s; boxes: {boxes}"
+        return Result(int(report["exitCode"][0]), (self._folder / "stdout").read_bytes(),
+                      (self._folder / "stderr").read_bytes(), boxes, report["row"], self.records())
 
     def end(self):
         """The runner takes all that it started with it."""
@@ -299,7 +311,7 @@ class App:
         self.write_ryn({key: value for key, value in content.items() if value is not None})
 
     def start(self, tail="", *, command=None, vm=None, path=SYSTEM_PATH, env=None, unset=(), folder=None,
-              stdin=None, handles=True, limit=LIMIT_SECONDS, press=True, cancel=None, close=(), enter=None,
+              stdin=None, handles=True, limit=LIMIT_SECONDS, enter=None,
               interrupt=None, control=False, host_environment=None):
         """Starts the launcher. `tail` is what stands behind the quoted program in the raw command line (or
         `command` is all of it); `vm` a host path for RYN_VM; `path` the variable PATH; `env` and `unset` more
@@ -308,19 +320,17 @@ class App:
         see runner.cpp."""
         run_folder = self._run_folder / str(next(self._numbers))
         temp = windows_path(run_folder / "temp")
-        variables = {"PATH": path, "TMP": temp, "TEMP": temp, "STAND_IN_RECORD": windows_path(run_folder / "record")}
+        variables = {"Path": path, "TMP": temp, "TEMP": temp, "STAND_IN_RECORD": windows_path(run_folder / "record")}
         if vm is not None:
             variables["RYN_VM"] = windows_path(vm)
         program = windows_path(self.program)
         request = [("command", command if command is not None else f'"{program}" {tail}'.rstrip(" ")),
                    ("folder", windows_path(folder or self.folder)),
-                   ("handles", "own" if handles else "none"), ("press", "yes" if press else "no"),
+                   ("handles", "own" if handles else "none"),
                    ("control", "held" if control else ""), ("enter", enter or ""),
                    ("interrupt", interrupt or ""),
                    *(("set", f"{name}={value}") for name, value in (variables | (env or {})).items()),
-                   *(("unset", name) for name in unset), *(("close", title) for title in close)]
-        if cancel is not None:
-            request.append(("cancel", cancel))
+                   *(("unset", name) for name in unset)]
         run = Run(self.host, run_folder, request, stdin, limit, host_environment)
         self._runs.append(run)
         return run
@@ -347,10 +357,11 @@ class Registry:
         lines = []
         for key, values in keys.items():
             top = "\\".join(key.split("\\")[:2])
-            if top not in self._tops:
+            if top not in self._host.own_keys:
                 # What is taken away afterwards must not have been there before.
                 assert self._host.wine("reg", "query", "HKLM\\" + top, check=False) != 0, f"{top} exists already"
-                self._tops.add(top)
+                self._host.own_keys.add(top)
+            self._tops.add(top)
             lines.append(f"[HKEY_LOCAL_MACHINE\\{key}]")
             for name, value in values.items():
                 text = f"dword:{value:08x}" if isinstance(value, int) else '"' + value.replace("\\", "\\\\") + '"'

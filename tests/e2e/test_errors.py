@@ -7,6 +7,7 @@ MISSING = "The Kestrune properties file is missing"
 INVALID = "The Brivant properties file contains invalid information"
 LIST = "ryn__nl__valid__vm__list"
 CURRENT = "ryn__nl__current__vm"
+UI = "ryn__installer__windows__ui__default"
 
 
 def fail(app, text, exit_code=0, **options):
@@ -18,31 +19,47 @@ def fail(app, text, exit_code=0, **options):
     return result
 
 
-@pytest.mark.parametrize("name, extension", [("hello", ".exe"), ("hello", ".SCR"), ("no extension", "")])
+@pytest.mark.parametrize("name, extension", [("hello", ".SCR"), ("no extension", "")])
 def test_no_property_file(make_app, name, extension):
-    fail(make_app(name=name, extension=extension), MISSING)
+    fail(make_app("a.b", name=name, extension=extension), MISSING)
 
 
 @pytest.mark.parametrize("properties", [
-    {"ryn__class__path": None}, {"ryn__class__path": ""}, {"ryn__class__path": "$ENV_CLASSPATH$"},
-    {"ryn__nl__java__launcher__main__class": None}, {"ryn__nl__java__launcher__main__class": "  "}, {LIST: None},
+    {"ryn__class__path": None}, {"ryn__class__path": "$ENV_CLASSPATH$"},
+    {"ryn__nl__java__launcher__main__class": "  "}, {LIST: None},
 ])
 def test_incomplete_properties(app, properties):
     app.configure(**properties)
     fail(app, INVALID, vm=install_vm(app.folder / "vm"), unset=["CLASSPATH"])
 
 
-@pytest.mark.parametrize("properties, required", [
-    ({}, "ALL"), ({LIST: "JRE_J2  MSJ"}, "JRE_J2  MSJ"), ({LIST: None, CURRENT: r"C:\none\java.exe"}, ""),
+@pytest.mark.parametrize("tail, properties, box, said", [
+    ("", {}, True, True), ("-i console", {}, False, True), ("x SILENT", {}, False, False), ("silent x", {}, True, True),
+    ("", {UI: "SILENT"}, False, False), ("x", {UI: "SILENT"}, True, True), ("", {UI: "silent"}, True, True),
 ])
-def test_no_vm(app, properties, required):
+def test_fetch_that_fails_is_told_where_the_user_looks(app, tail, properties, box, said):
+    """With a console there are no windows but the error's; a silent launch says nothing at all."""
+    (app.folder / "jvmspecs").mkdir()
+    (app.folder / "jvmspecs" / "jvmspecs.properties").write_text(
+        "build.option=withoutvm\nbuild.without.vm.search.option=12\n"
+        "build.without.vm.direct.download.url=http://127.0.0.1:1/jre.vm\n")
     app.configure(**properties)
-    result = fail(app, f"{NO_VALID_VM}\n\nRequired Java VM : {required}", 106)
-    assert (result.stdout, result.stderr) == (b"\r\nexit code : 106\r\n", b"")
+    console = "console" in tail
+    result = app.run(tail, enter="exit code : 106" if console else None)
+    told = "\n".join(result.console) if console else result.stdout.decode()
+    assert result.exit_code == 106
+    assert [other.title for other in result.boxes] == (["Network Connection Error"] if box else []) + [ERROR_TITLE]
+    assert ("Downloading VM Pack - Please Wait!!!" in told) == said
+    assert ("HTTP Status code: 0" in told) == (said and not box)
 
 
-def test_no_vm_without_standard_handles(app):
-    fail(app, f"{NO_VALID_VM}\n\nRequired Java VM : ALL", 106, handles=False)
+@pytest.mark.parametrize("properties, required, handles", [
+    ({}, "ALL", False), ({LIST: "JRE_J2  MSJ"}, "JRE_J2  MSJ", True), ({LIST: None, CURRENT: r"C:\none\java.exe"}, "", True),
+])
+def test_no_vm(app, properties, required, handles):
+    app.configure(**properties)
+    result = fail(app, f"{NO_VALID_VM}\n\nRequired Java VM : {required}", 106, handles=handles)
+    assert (result.stdout, result.stderr) == (b"\r\nexit code : 106\r\n" if handles else b"", b"")
 
 
 def test_vm_that_cannot_be_started(app):
@@ -52,14 +69,13 @@ def test_vm_that_cannot_be_started(app):
     assert result.logged("cmd").startswith(f'"{windows_path(app.folder / "vm" / "javaw.exe")}" -classpath ')
     vm.with_name("javaw.exe").write_bytes(b"no program")
     fail(app, "Windows error 193 occured while loading the Java VM", vm=vm)
+    app.configure(ryn__user__dir="missing")
+    fail(app, "Windows error 267 occured while loading the Java VM", vm=install_vm(app.folder / "good"))
 
 
 def test_property_file_that_cannot_be_read(make_app):
     app = make_app("Schränke")
     app.ryn.mkdir()
     # What such an error says follows the text, here with the path of the file.
-    result = app.run()
-    text = result.box.text
-    assert text.startswith("an unknown exception has occurrred.\n" + "could not open file for read"), text
-    assert windows_path(app.ryn) in text
-    assert (result.box.title, result.exit_code) == (ERROR_TITLE, 0)
+    fail(app, f"an unknown exception has occurrred.\ncould not open file for read: {windows_path(app.ryn)}")
+

@@ -32,9 +32,9 @@ def stand_in_libraries(host):
 
 @pytest.fixture
 def run(app, stand_in_libraries):
-    def run(switch, groups, vm):
+    def run(switch, groups, vm, **options):
         app.configure(**{SWITCH: switch})
-        return app.run(vm=vm, env={"RYN_TEST_GROUPS": groups}, host_environment=stand_in_libraries)
+        return app.run(vm=vm, env={"RYN_TEST_GROUPS": groups}, host_environment=stand_in_libraries, **options)
     return run
 
 
@@ -48,12 +48,18 @@ def test_refuses_what_users_can_write(app, run):
         f"\r\nSecurity Error! The JVM {windows_path(vm)}" + TEXT.removeprefix("The JVM") + "\r\n")
 
 
+def test_search_passes_over_what_users_can_write(app, run):
+    unsafe, safe = (install_vm(app.folder.parent / name, name) for name in ("sun_11", "sun_8"))
+    safe.parent.chmod(0o555)
+    path = ";".join(windows_path(vm.parent) for vm in (unsafe, safe))
+    for switch, expected in (("true", safe), ("TRUE", unsafe)):
+        assert run(switch, "Users", None, path=path).record["program"] == windows_path(expected)
+
+
 @pytest.mark.parametrize("switch, groups, mode", [
     (None, "Users", 0o755),
     ("TRUE", "Users", 0o755),
-    ("yes", "Users", 0o755),
     ("true", "Users;Administrators", 0o755),
-    ("true", "Administrators;Users", 0o755),
     ("true", "Guests", 0o755),
     ("true", "Users", 0o555),
 ])

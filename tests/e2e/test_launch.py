@@ -22,8 +22,7 @@ def launch(app, tail="", **options):
 
 def leading(app, result):
     """The two arguments before the application's own, with the blank behind each."""
-    (temp,) = result.temp_files
-    return f'"{windows_path(app.ryn)}" "{windows_path(temp)}" '.replace("\\", "/")
+    return f'"{windows_path(app.ryn)}" "{result.temp_path}" '.replace("\\", "/")
 
 
 def options(**values):
@@ -33,15 +32,13 @@ def options(**values):
 @pytest.mark.parametrize("variant, properties, expected", [
     ("sun_8", {}, ""),
     ("sun_9", {}, f"{OPENS} {LATER}"),
-    ("sun_24", {}, f"{OPENS} {LATER}"),
-    ("sun_25", {}, f"{OPENS} {NATIVE} {LATER}"),
+    ("sun_24", options(verbose="normal"), f"{OPENS} {LATER} -verbose"),
     ("sun_1_4_2", options(java__heap__size__initial="1024k", java__heap__size__max="64M", verbose="GC", debugging="On",
                           gc_background__thread="t", compiler="TRUE", gc_extent="false", verify__mode="true",
                           additional='-Da=1  -Db="x y"'),
      '-Xms1048576 -Xmx67108864 -verbose:gc -Xdebug -Xnoasyncgc -Djava.compiler=off -Xnoclassgc -Da=1  -Db="x y"'),
-    ("sun_25", options(java__heap__size__max="1g", verbose="normal", debugging="yes", compiler="1"),
-     f"{OPENS} {NATIVE} {LATER} -Xmx1 -verbose"),
-    ("sun_8", options(java__heap__size__initial="0", java__heap__size__max="", verbose="None"), ""),
+    ("sun_25", options(java__heap__size__max="1g", java__heap__size__initial="0", verbose="None", debugging="yes", compiler="1"),
+     f"{OPENS} {NATIVE} {LATER} -Xmx1"),
 ])
 def test_modern_command_line(app, variant, properties, expected):
     vm = install_vm(app.folder.parent / "vm", variant)
@@ -92,28 +89,21 @@ def test_microsoft_command_line(app):
 
 def test_class_path_from_environment(app):
     app.configure(ryn__class__path="a.jar;$ENV_CLASSPATH$;$ENV_CLASSPATH$")
-    result = launch(app, vm=install_vm(app.folder / "vm"), env={"CLASSPATH": r"c.jar;D:\d.jar"})
+    result = launch(app, vm=install_vm(app.folder / "vm"), env={"CLASSPATH": r"c.jar;;D:\d.jar"})
     folder = app.windows_folder()
-    class_path = result.record["arguments"][result.record["arguments"].index("-classpath") + 1]
-    assert class_path == rf"{folder}\a.jar;{folder}\c.jar;D:\d.jar;{folder}\$ENV_CLASSPATH$;"
+    assert rf'"{folder}\a.jar;{folder}\c.jar;D:\d.jar;{folder}\$ENV_CLASSPATH$;"' in result.record["commandLine"]
 
 
-@pytest.mark.parametrize("user_dir, expected", [
-    (None, "elsewhere"), ("", "elsewhere"), (r"data\..\data", "app/data"), (r"..\elsewhere", "elsewhere"),
-    ("{absolute}", "app/data"),
+@pytest.mark.parametrize("user_dir, expected, code", [
+    (None, "elsewhere", 0), (r"data\..\data", "app/data", 256), ("{absolute}", "app/data", 0xC0000005),
 ])
-def test_working_folder(app, user_dir, expected):
+def test_working_folder_and_exit_code(app, user_dir, expected, code):
     base = app.folder.parent
     (app.folder / "data").mkdir()
     (base / "elsewhere").mkdir()
     app.configure(ryn__user__dir=user_dir and user_dir.format(absolute=windows_path(app.folder / "data")))
-    result = launch(app, vm=install_vm(base / "vm"), folder=base / "elsewhere")
-    assert result.record["folder"] == windows_path(base / expected)
-
-
-@pytest.mark.parametrize("code", [0, 1, 42, 255, 256, 0xC0000005, 0xFFFFFFFF])
-def test_exit_code_is_that_of_the_vm(app, code):
-    assert launch(app, vm=install_vm(app.folder / "vm"), env={"STAND_IN_EXIT": code}).exit_code == code
+    result = launch(app, vm=install_vm(base / "vm"), folder=base / "elsewhere", env={"STAND_IN_EXIT": code})
+    assert (result.record["folder"], result.exit_code) == (windows_path(base / expected), code)
 
 
 def test_waits_for_the_vm(app, host):
@@ -133,15 +123,14 @@ def test_standard_handles_are_the_launchers(app):
     assert result.stderr.endswith(pattern)
     assert result.stderr.startswith(b"cwd: ")
     for name in ("stdin", "stdout", "stderr"):
-        assert result.record[name] == {"valid": True, "type": "disk", "console": False}
+        assert result.record[name] == "disk"
 
 
 def test_without_standard_handles(app):
     result = app.run("x", vm=install_vm(app.folder / "vm"), handles=False, env={"STAND_IN_EXIT": 5})
     assert (result.exit_code, result.boxes) == (5, [])
-    assert result.record["arguments"][-1] == "x"
     # A windowless VM must not bring a console with it.
-    assert not result.record["hasConsole"]
+    assert "console" not in result.record
 
 
 def test_temporary_properties(app):
@@ -157,8 +146,8 @@ def test_temporary_properties(app):
         for prefix, name in (("ryn.nl.env.", exact.lower()), ("ryn.nl.env.", exact.upper()),
                              ("ryn.nl.env.exact_case.", exact))]
     for name in ("env.mixed", "env.MIXED", "env.exact_case.MiXed"):
-        assert result.temp_properties["ryn.nl." + name] == r"C:\\dir\\\u00fc\u6587"
-    assert result.temp_properties["ryn.nl.env.PLAIN"] == "a=b"
+        assert rf"ryn.nl.{name}=C:\\dir\\\u00fc\u6587" in lines
+    assert "ryn.nl.env.PLAIN=a=b" in lines
     assert environment["MiXed"] == "C:\\dir\\ü文"
 
 
@@ -176,34 +165,31 @@ def test_temp_folder_option(app):
     for text, taken in ((f'"{windows_path(chosen)}"', True), (windows_path(chosen), False), ('"C:\\none"', False),
                         (f'"{windows_path(blank)}"', False)):
         result = app.run(f"-tempdir {text} last", vm=vm)
-        environment, arguments = result.record["environment"], result.record["arguments"]
+        environment = result.record["environment"]
         temp = chosen if taken else host_path(environment["STAND_IN_RECORD"]).with_name("temp")
         assert environment["TMP"] == environment["TEMP"] == windows_path(temp), text
-        main = arguments.index("Main")
-        assert host_path(arguments[main + 2]).parent == temp
-        assert (arguments[main + 3], arguments[-1]) == ("-tempdir", "last")
+        assert result.temp_lines and list(temp.glob("ryn*.tmp"))
+        assert (result.arguments[0], result.arguments[-1]) == ("-tempdir", "last")
 
 
 def test_vm_from_the_environment(app):
     wanted, current = (install_vm(app.folder / name) for name in ("wanted", "current"))
     app.configure(ryn__nl__current__vm=windows_path(current))
-    cases = [(wanted, wanted), (wanted.parent, current), (wanted.with_name("missing.exe"), current)]
-    for named, expected in cases:
-        assert launch(app, vm=named).record["program"] == windows_path(expected)
+    assert launch(app, vm=wanted.with_name("missing.exe")).record["program"] == windows_path(current)
     # A relative path starts at the application's folder, not at the caller's.
-    relative = app.run(env={"RYN_VM": r"wanted\bin\java.exe"}, folder=app.folder.parent)
+    relative = app.run(env={"RYN_VM": "wanted/bin/java.exe"}, folder=app.folder.parent)
     assert relative.record["program"] == windows_path(wanted)
     # It is taken even when the properties admit no such VM.
     app.configure(ryn__nl__valid__vm__list="MSJ")
     assert launch(app, vm=wanted).record["program"] == windows_path(wanted)
 
 
-@pytest.mark.parametrize("name, extension", [("my app", ".exe"), ("größe 文字", ".EXE"), ("a.b", ".scr"), ("plain", "")])
+@pytest.mark.parametrize("name, extension", [("größe 文字", ".EXE"), ("a.b", ".scr"), ("plain", "")])
 def test_program_names(make_app, name, extension):
-    app = make_app("Ordner mit Löchern 文", name=name, extension=extension)
+    app = make_app("Ordner mit Löchern 文.d", name=name, extension=extension)
     app.configure()
     result = app.run("x", vm=install_vm(app.folder / "vm"))
     assert result.boxes == []
     assert result.record["arguments"][-3] == windows_path(app.folder / (name + ".ryn")).replace("\\", "/")
     # The log is in the code page of the system, where some characters of the folder do not exist.
-    assert re.search(rb'\ncmd: "Z:.*javaw.exe" .* Main .* x\r\n', result.stderr)
+    assert re.search(rb'\ncmd: "Z:.*L\xf6chern.*javaw.exe" .* Main .* x\r\n', result.stderr)

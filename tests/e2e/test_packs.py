@@ -341,39 +341,6 @@ def test_two_first_starts(web, fetch, tmp_path, ending):
     assert one.is_running() == (ending == "damaged")
 
 
-@pytest.mark.parametrize("ending", ["whole", "damaged", "killed"])
-def test_two_first_starts(web, fetch, tmp_path, ending):
-    """The second waits for the first, whatever becomes of it, and fetches only when that one failed."""
-    go, requests = threading.Event(), []
-
-    def first(handler):
-        requests.append(1)
-        handler.begin(len(PACK))
-        assert go.wait(LIMIT_SECONDS)
-        web.answers["/d/jre.vm"] = second
-        handler.wfile.write(bytes(len(PACK)) if ending == "damaged" else PACK)
-
-    def second(handler):
-        requests.append(2)
-        handler.begin(len(PACK))
-        handler.wfile.write(PACK)
-    web.answers["/d/jre.vm"] = first
-    # Nobody presses the button of its box.
-    one = fetch.start("progress")
-    wait_until(lambda: requests, "first request")
-    two = fetch.start()
-    output = tmp_path / "run1" / "stdout"
-    wait_until(lambda: b"\nWaiting for another start to fetch the VM pack\r\n" in output.read_bytes(), "waiting")
-    if ending == "killed":
-        web.answers["/d/jre.vm"] = second
-        one.end()
-    go.set()
-    answer = Answer(two.wait())
-    assert answer.result.endswith(r"\Windows\resource\jre\\bin\java.exe")
-    assert requests == ([1] if ending == "whole" else [1, 2])
-    assert one.is_running() == (ending == "damaged")
-
-
 @pytest.mark.parametrize("name", ["jre.zip", "jre.VM"])
 def test_url_that_names_no_pack(fetch, name):
     answer = fetch(PACK, name=name)

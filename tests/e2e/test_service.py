@@ -1,12 +1,11 @@
 """The launcher as a Windows service, under the service manager of the prefix."""
-import json
 import re
 import subprocess
 import uuid
 
 import pytest
 
-from harness import ERROR_TITLE, FIXTURES, NO_VALID_VM, install_stand_in, install_vm, windows_path
+from harness import ERROR_TITLE, FIXTURES, NO_VALID_VM, install_stand_in, install_vm, read_records, windows_path
 
 STOPPED, START_PENDING, STOP_PENDING, RUNNING = 1, 2, 3, 4
 ACCEPT_STOP, ACCEPT_SHUTDOWN = 1, 4
@@ -60,7 +59,7 @@ def test_stops_the_vm(host, app, service, vm_record):
     assert lines[:5] == [["start", 0], ["running"], ["control", 0], ["control", 0], ["control", NOT_ACCEPTED]]
     assert lines[5:] == [["stop", STOPPED, STOP_PENDING], ["ended", 0], [
         "controls", STOPPED, 0, START_PENDING, 0, STOP_PENDING, 0, RUNNING, ACCEPT_STOP]]
-    started = json.loads(record.read_text("ascii").splitlines()[-1])
+    started = read_records(record)[-1]
     assert " -Xrs -classpath " in started["commandLine"]
     assert started["arguments"][-2:] == ["one", "two words"]
     assert not {"hello.exe", "javaw.exe"} & set(running_programs(host).replace(",", " ").replace('"', " ").split())

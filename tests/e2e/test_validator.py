@@ -10,89 +10,58 @@ LIST = "ryn__nl__valid__vm__list"
 VALIDATOR = "com.vantu.util.jvm.Validator"
 
 
-@pytest.fixture(scope="session")
-def verify_jar(tmp_path_factory):
-    """The validator of samples/verify."""
-    target = tmp_path_factory.mktemp("verify")
-    subprocess.run([REPOSITORY / "samples" / "verify" / "build.sh", target], check=True, timeout=120)
-    return (target / "Verify.jar").read_bytes()
-
-
 @pytest.fixture
-def install_jar(app):
-    def install(content=b""):
-        (app.folder / "jvmspecs").mkdir()
-        (app.folder / "jvmspecs" / "Verify.jar").write_bytes(content)
-    return install
+def validate(app, registry):
+    """validate(jar, VMs): registers stand-ins, whose validators do as told, and launches."""
+    def run(jar, vms, tokens="MSJ our-token our-token"):
+        for version, settings in vms.items():
+            install_vm(app.folder.parent / version, **settings)
+        registry.add({JDK + version: {"JavaHome": windows_path(app.folder.parent / version)} for version in vms})
+        if jar:
+            (app.folder / "jvmspecs").mkdir()
+            (app.folder / "jvmspecs" / "Verify.jar").touch()
+        app.configure(**{LIST: tokens})
+        return app.run()
+    return run
 
 
-@pytest.fixture
-def stand_ins(app, registry):
-    """Registered VMs whose validators answer with these exit codes."""
-    def register(codes):
-        for version, code in codes.items():
-            home = app.folder.parent / version
-            install_vm(home, exit=code)
-            registry.add({JDK + version: {"JavaHome": windows_path(home)}})
-    return register
-
-
-def test_asks_each_candidate_once(app, stand_ins, install_jar):
-    stand_ins({"11": 0, "17": 0, "21": 3})
-    install_jar()
-    app.configure(**{LIST: "MSJ our-token our-token"})
-    result = app.run()
+def test_asks_each_candidate_once(app, validate):
+    result = validate(True, {"11": {"exit": 0}, "17": {"exit": 0}, "21": {"exit": 3},
+                             # Hangs.
+                             "25": {"wait": f"{app.folder.parent.name}-never"}})
     assert result.boxes == []
     *validators, vm = result.records
     jar = app.windows_folder() + r"\jvmspecs\Verify.jar"
-    assert sorted(record["program"].split("\\")[-3] for record in validators) == ["11", "17", "21"]
+    assert sorted(record["program"].split("\\")[-3] for record in validators) == ["11", "17", "21", "25"]
     for record in validators:
         assert record["program"].endswith(r"\bin\java.exe")
         assert record["arguments"] == ["-classpath", jar, VALIDATOR, "our-token"]
-        assert not record["hasConsole"]
+        assert "console" not in record
     assert vm["program"].endswith(r"\17\bin\javaw.exe")
 
 
-def test_without_its_jar_nothing_matches(app, stand_ins):
-    stand_ins({"17": 0})
-    app.configure(**{LIST: "our-token"})
-    result = app.run()
+def test_without_its_jar_nothing_matches(validate):
+    result = validate(False, {"17": {"exit": 0}})
     assert (result.records, result.exit_code, len(result.boxes)) == ([], 106, 1)
 
 
-def test_candidate_that_hangs_is_passed_over(app, stand_ins, install_jar, registry):
-    stand_ins({"11": 0})
-    home = app.folder.parent / "17"
-    install_vm(home, wait=f"{app.folder.parent.name}-never")
-    registry.add({JDK + "17": {"JavaHome": windows_path(home)}})
-    install_jar()
-    app.configure(**{LIST: "our-token"})
-    result = app.run()
-    assert result.boxes == []
-    assert result.records[-1]["program"].endswith(r"\11\bin\javaw.exe")
-
-
-@pytest.fixture(scope="session")
-def warm_runtimes(host, runtime):
-    """Homes by version; read from the disk once, which must not count against a validator's time limit."""
+def test_real_runtimes(host, app, registry, runtime):
     homes = {"17.0.9": runtime(17), "21.0.8": runtime(21)}
     for home in homes.values():
+        # Read from the disk once, which must not count against a validator's time limit.
         host.wine(home / "bin" / "java.exe", "-version")
-    return homes
-
-
-@pytest.mark.parametrize("tokens, expected", [("21+ 17+", "21.0.8"), ("18-20 temurin,11-17", "17.0.9")])
-def test_real_runtimes(app, registry, warm_runtimes, install_jar, verify_jar, tokens, expected):
-    registry.add({JDK + version: {"JavaHome": windows_path(home)} for version, home in warm_runtimes.items()})
-    install_jar(verify_jar)
-    # Any class will do: this one ends with 2 when it gets what an application gets.
-    app.configure(ryn__class__path=r"jvmspecs\Verify.jar", ryn__nl__java__launcher__main__class=VALIDATOR,
-                  ryn__nl__jvm__high="0", **{LIST: tokens})
-    chosen = f'cmd: "{windows_path(warm_runtimes[expected])}\\bin\\javaw.exe" '.encode()
-    # On a busy machine a runtime can need longer than the launcher waits, which says so.
-    for _ in range(6):
-        result = app.run(env={"JAVA_TOOL_OPTIONS": "-XX:+UseSerialGC -XX:TieredStopAtLevel=1"})
-        if chosen in result.stderr or b": no answer" not in result.stderr:
-            break
-    assert chosen in result.stderr, result.stderr.decode("cp1252")
-    assert (result.exit_code, result.boxes) == (2, [])
+    registry.add({JDK + version: {"JavaHome": windows_path(home)} for version, home in homes.items()})
+    (app.folder / "jvmspecs").mkdir()
+    subprocess.run([REPOSITORY / "samples" / "verify" / "build.sh", app.folder / "jvmspecs"], check=True, timeout=120)
+    for tokens, expected in (("21+ 17+", "21.0.8"), ("18-20 temurin,11-17", "17.0.9")):
+        # Any class will do: this one ends with 2 when it gets what an application gets.
+        app.configure(ryn__class__path=r"jvmspecs\Verify.jar", ryn__nl__java__launcher__main__class=VALIDATOR,
+                      ryn__nl__jvm__high="0", **{LIST: tokens})
+        chosen = f'cmd: "{windows_path(homes[expected])}\\bin\\javaw.exe" '.encode()
+        # On a busy machine a runtime can need longer than the launcher waits, which says so.
+        for _ in range(6):
+            result = app.run(env={"JAVA_TOOL_OPTIONS": "-XX:+UseSerialGC -XX:TieredStopAtLevel=1"})
+            if chosen in result.stderr or b": no answer" not in result.stderr:
+                break
+        assert chosen in result.stderr, result.stderr.decode("cp1252")
+        assert (result.exit_code, result.boxes) == (2, [])
