@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/errors.h"
+#include "platform/user_prompt.h"
 
 namespace ryn {
 namespace {
@@ -12,11 +12,9 @@ TEST(TextTest, ComparesAsTheFileSystem) {
   EXPECT_FALSE(equalIgnoringCase(L"a", L""));
 }
 
-// Whoever shows what() widens each of its bytes.
-TEST(ErrorsTest, DescribeThemselvesInBytes) {
-  EXPECT_STREQ(TerminalError(L"caf\u00e9 \u0100\U0001f600").what(), "caf\xe9 \\u0100\\ud83d\\ude00");
-  const FileException file(L"cannot read", L"C:\\\u4e2d\\\u00e9.ryn");
-  EXPECT_STREQ(file.what(), "cannot read: C:\\\\u4e2d\\\xe9.ryn");
+TEST(ReadsRightToLeftTest, FirstLetterDecides) {
+  EXPECT_TRUE(readsRightToLeft(L"(2) \u05e9 Java") && readsRightToLeft(L"\ufe8d"));
+  EXPECT_FALSE(readsRightToLeft(L"106 ...\n") || readsRightToLeft(L"Java \u0622"));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -17,10 +18,8 @@ namespace ryn::test {
 inline std::string readBytes(const std::wstring& path) {
   const CStream stream(_wfopen(path.c_str(), L"rb"));
   if (!stream) throw std::runtime_error("test file cannot be read");
-  std::string bytes;
-  char buffer[4096];
-  while (const size_t count = std::fread(buffer, 1, sizeof(buffer), stream.get()))
-    bytes.append(buffer, count);
+  std::string bytes(std::filesystem::file_size(path), '\0');
+  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), stream.get()));
   return bytes;
 }
 
@@ -31,17 +30,15 @@ class TempFolder {
   enum class Name { kPlain, kNonAscii };
 
   explicit TempFolder(Name name = Name::kPlain) {
-    wchar_t base[MAX_PATH];
-    check(GetTempPathW(MAX_PATH, base) != 0);
     // Letters of Latin-1, of no common ANSI code page, and of two UTF-16 units.
     const std::wstring suffix = name == Name::kNonAscii ? L" \u00e9\u00df \u4e2d\u6587 \U0001f600" : L"";
-    const std::wstring stem = base + (L"ryntest" + std::to_wstring(GetCurrentProcessId())) + L"-";
+    const std::wstring stem = std::filesystem::temp_directory_path().wstring() + L"ryntest" +
+                              std::to_wstring(GetCurrentProcessId());
     // Process ids come round again, and a program that crashed has left its folders behind.
     int count = 0;
     do {
-      path_ = stem + std::to_wstring(++count) + suffix;
-    } while (!CreateDirectoryW(path_.c_str(), nullptr) && GetLastError() == ERROR_ALREADY_EXISTS);
-    check(folderExists(path_));
+      path_ = stem + L"-" + std::to_wstring(++count) + suffix;
+    } while (!std::filesystem::create_directory(path_));
   }
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
@@ -55,48 +52,28 @@ class TempFolder {
 
   /// Makes the folder `name` with those above it and returns its full path.
   std::wstring makeFolder(std::wstring_view name) const {
-    const std::wstring target = at(name);
-    for (size_t end = path_.size(); end != std::wstring::npos;) {
-      end = target.find(L'\\', end + 1);
-      const std::wstring part = target.substr(0, end);
-      check(CreateDirectoryW(part.c_str(), nullptr) || GetLastError() == ERROR_ALREADY_EXISTS);
-    }
-    return target;
+    std::filesystem::create_directories(at(name));
+    return at(name);
   }
 
   /// Makes or replaces the file `name` with the folders above it and returns its full path.
   std::wstring write(std::wstring_view name, std::string_view bytes = {}) const {
-    if (const size_t separator = name.rfind(L'\\'); separator != std::wstring_view::npos) {
-      makeFolder(name.substr(0, separator));
-    }
-    const std::wstring target = at(name);
-    const CStream stream(_wfopen(target.c_str(), L"wb"));
-    check(stream && std::fwrite(bytes.data(), 1, bytes.size(), stream.get()) == bytes.size());
-    return target;
+    std::filesystem::create_directories(folderPart(at(name)));
+    const CStream stream(_wfopen(at(name).c_str(), L"wb"));
+    if (!stream || std::fwrite(bytes.data(), 1, bytes.size(), stream.get()) != bytes.size())
+      throw std::runtime_error("test file cannot be written");
+    return at(name);
   }
 
  private:
-  static void check(bool done) {
-    if (!done) throw std::runtime_error("test folder: Windows error " + std::to_string(GetLastError()));
-  }
-
   static void removeTree(const std::wstring& folder) {
     WIN32_FIND_DATAW entry;
     UniqueFind find(FindFirstFileW(joinPath(folder, L"*").c_str(), &entry));
     for (BOOL more = static_cast<bool>(find); more; more = FindNextFileW(find.get(), &entry)) {
-      const std::wstring_view name = entry.cFileName;
-      if (name == L"." || name == L"..") continue;
-      const std::wstring path = joinPath(folder, name);
-      const bool isFolder = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-      const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+      const std::wstring path = joinPath(folder, entry.cFileName);
+      if (path.ends_with(L"\\.") || path.ends_with(L"\\..")) continue;
       SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-      if (isFolder && !isLink) {
-        removeTree(path);
-      } else if (isFolder) {
-        RemoveDirectoryW(path.c_str());
-      } else {
-        DeleteFileW(path.c_str());
-      }
+      if (!DeleteFileW(path.c_str()) && !RemoveDirectoryW(path.c_str())) removeTree(path);
     }
     find.reset();
     RemoveDirectoryW(folder.c_str());
