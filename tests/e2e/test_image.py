@@ -4,8 +4,7 @@ import shutil
 
 from harness import FIXTURES, REPOSITORY, install_vm, read_facts, windows_path
 
-RT_DIALOG, RT_STRING, RT_GROUP_ICON, RT_MANIFEST = 5, 6, 14, 24
-ENGLISH = 1033
+RT_GROUP_ICON, RT_MANIFEST = 14, 24
 
 
 def test_imports_what_is_documented(image):

@@ -88,7 +88,8 @@ TEST(CommandLineTest, SplitsAsWindowsAndFindsTheSilentArgument) {
     int count = 0;
     const UniqueLocalMemory memory(CommandLineToArgvW(text, &count));
     const auto* words = static_cast<wchar_t* const*>(memory.get());
-    EXPECT_EQ(splitAsWindows(text), Words(words, words + count)) << testing::PrintToString(text);
+    EXPECT_EQ(splitAsWindows(text), std::vector<std::wstring>(words, words + count))
+        << testing::PrintToString(text);
   }
 }
 
