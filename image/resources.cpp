@@ -253,6 +253,15 @@ const Section& resourceSection(const PeImage& image) {
   return *found;
 }
 
+/// Where the bytes of a section end that go with it. Linkers leave the padding in front of the next section
+/// out of the size of .rsrc; behind the last one there is no padding, but what somebody has appended.
+uint64_t paddedFileEnd(const PeImage& image, const Section& section) {
+  const bool isLast = std::none_of(
+      image.sections().begin(), image.sections().end(),
+      [&](const Section& other) { return other.fileSize != 0 && other.fileOffset > section.fileOffset; });
+  return isLast ? section.fileEnd() : alignUp(section.fileEnd(), image.fileAlignment());
+}
+
 /// Whether whatever is behind `section` in memory may be at other addresses: it is thrown away when the
 /// program runs, and only the header knows where the relocations are.
 void requireMovable(const PeImage& image, const Section& section) {
@@ -268,19 +277,19 @@ void requireMovable(const PeImage& image, const Section& section) {
 }
 
 /// Debugging data say where they are, in memory and in the file.
-void moveDebugData(const PeImage& image, const Section& section, uint32_t addressShift, uint32_t fileShift,
-                   Bytes& bytes) {
+void moveDebugData(const PeImage& image, const Section& section, uint64_t fileEnd, uint32_t addressShift,
+                   uint32_t fileShift, Bytes& bytes) {
   constexpr uint32_t entrySize = 28;
   const DataDirectory directory = image.directory(kDebugDirectory);
   if (directory.address == 0 || directory.size < entrySize) return;
   const ByteView entries = image.data(directory.address, directory.size);
   auto start = static_cast<size_t>(entries.data() - image.bytes().data());
-  if (start >= section.fileEnd()) start += static_cast<int32_t>(fileShift);
+  if (start >= fileEnd) start += static_cast<int32_t>(fileShift);
   for (size_t at = 0; at + entrySize <= entries.size(); at += entrySize) {
     const uint32_t address = readU32(entries, at + 20);
     const uint32_t offset = readU32(entries, at + 24);
     if (address >= section.end()) writeU32(bytes, start + at + 20, address + addressShift);
-    if (offset >= section.fileEnd()) writeU32(bytes, start + at + 24, offset + fileShift);
+    if (offset >= fileEnd) writeU32(bytes, start + at + 24, offset + fileShift);
   }
 }
 
@@ -313,20 +322,21 @@ Bytes withResources(const PeImage& image, const Resources& resources) {
   padTo(content, image.fileAlignment());
 
   const Bytes& old = image.bytes();
+  const uint64_t fileEnd = paddedFileEnd(image, section);
   const auto begin = old.begin();
   Bytes bytes(begin, begin + section.fileOffset);
   append(bytes, content);
-  bytes.insert(bytes.end(), begin + static_cast<std::ptrdiff_t>(section.fileEnd()), old.end());
+  bytes.insert(bytes.end(), begin + static_cast<std::ptrdiff_t>(fileEnd), old.end());
 
   // Modulo 2^32, so that they go both ways.
-  const uint32_t fileShift = narrow(content.size()) - section.fileSize;
+  const uint32_t fileShift = narrow(content.size()) - narrow(fileEnd - section.fileOffset);
   const uint64_t oldEnd = alignUp(section.end(), image.sectionAlignment());
   const uint64_t newEnd = alignUp(uint64_t{section.address} + size, image.sectionAlignment());
   const uint32_t addressShift = narrow(newEnd) - narrow(oldEnd);
   if (addressShift != 0) requireMovable(image, section);
 
   for (const Section& other : image.sections()) {
-    if (other.fileSize != 0 && other.fileOffset >= section.fileEnd()) {
+    if (other.fileSize != 0 && other.fileOffset >= fileEnd) {
       writeU32(bytes, other.headerOffset + 20, other.fileOffset + fileShift);
     }
     if (other.address > section.address) {
@@ -348,8 +358,8 @@ Bytes withResources(const PeImage& image, const Resources& resources) {
   shiftField(image.optionalHeader() + 8, fileShift);      // SizeOfInitializedData
   shiftField(image.optionalHeader() + 56, addressShift);  // SizeOfImage
   const size_t symbolTable = image.fileHeader() + 8;
-  if (readU32(bytes, symbolTable) >= section.fileEnd()) shiftField(symbolTable, fileShift);
-  moveDebugData(image, section, addressShift, fileShift, bytes);
+  if (readU32(bytes, symbolTable) >= fileEnd) shiftField(symbolTable, fileShift);
+  moveDebugData(image, section, fileEnd, addressShift, fileShift, bytes);
   updateCheckSum(bytes, image.optionalHeader());
   return bytes;
 }

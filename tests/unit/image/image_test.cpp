@@ -54,6 +54,12 @@ TEST(PeImageTest, ResourcesGrowAndShrinkAndNothingElseChanges) {
     EXPECT_EQ(Bytes(after.begin() + static_cast<std::ptrdiff_t>(symbolTable), after.end()),
               bytesOf("odd overlay"));
 
+    // Our linker leaves the padding out of the section's size.
+    Bytes unpadded = before;
+    const size_t sizeField = image.sections()[1].headerOffset + 16;
+    writeU32(unpadded, sizeField, readU32(before, sizeField) - 7);
+    EXPECT_TRUE(withResources(PeImage(unpadded), resources) == after);
+
     // Back again, and every byte is as before.
     EXPECT_TRUE(withResources(image, someResources()) == before);
   }
