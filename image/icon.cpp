@@ -22,7 +22,9 @@ void require(bool holds, const char* complaint) {
 }
 
 uint32_t bigEndian(ByteView bytes, size_t at) {
-  return static_cast<uint32_t>(bytes[at]) << 24 | bytes[at + 1] << 16 | bytes[at + 2] << 8 | bytes[at + 3];
+  uint32_t number = 0;
+  for (const uint8_t byte : bytes.subspan(at, 4)) number = number << 8 | byte;
+  return number;
 }
 
 bool isPng(ByteView bytes) {

@@ -284,7 +284,7 @@ void moveDebugData(const PeImage& image, const Section& section, uint64_t fileEn
   if (directory.address == 0 || directory.size < entrySize) return;
   const ByteView entries = image.data(directory.address, directory.size);
   auto start = static_cast<size_t>(entries.data() - image.bytes().data());
-  if (start >= fileEnd) start += static_cast<int32_t>(fileShift);
+  if (start >= fileEnd) start = static_cast<uint32_t>(start) + fileShift;
   for (size_t at = 0; at + entrySize <= entries.size(); at += entrySize) {
     const uint32_t address = readU32(entries, at + 20);
     const uint32_t offset = readU32(entries, at + 24);
@@ -299,12 +299,17 @@ ResourceId::ResourceId(std::wstring text) : text_(std::move(text)), capitals_(up
   require(!text_.empty() && text_.size() <= UINT16_MAX, "the name of a resource is empty or too long");
 }
 
-std::strong_ordering ResourceId::operator<=>(const ResourceId& other) const {
-  if (isText() != other.isText())
-    return isText() ? std::strong_ordering::less : std::strong_ordering::greater;
-  if (!isText()) return number_ <=> other.number_;
-  const int order = capitals_.compare(other.capitals_);
-  return order <=> 0;
+bool ResourceId::operator<(const ResourceId& other) const {
+  if (isText() != other.isText()) return isText();
+  return isText() ? capitals_ < other.capitals_ : number_ < other.number_;
+}
+
+bool ResourceId::operator==(const ResourceId& other) const {
+  return number_ == other.number_ && capitals_ == other.capitals_;
+}
+
+bool ResourceKey::operator<(const ResourceKey& other) const {
+  return std::tie(type, name, language) < std::tie(other.type, other.name, other.language);
 }
 
 Resources readResources(const PeImage& image) {

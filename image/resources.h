@@ -1,6 +1,5 @@
 #pragma once
 
-#include <compare>
 #include <map>
 #include <optional>
 #include <string>
@@ -30,8 +29,8 @@ class ResourceId {
 
   /// The order of a directory, in which the loader searches by halves: texts by their UTF-16 units, then
   /// numbers.
-  std::strong_ordering operator<=>(const ResourceId& other) const;
-  bool operator==(const ResourceId& other) const { return *this <=> other == 0; }
+  bool operator<(const ResourceId& other) const;
+  bool operator==(const ResourceId& other) const;
 
  private:
   std::wstring text_;
@@ -45,7 +44,8 @@ struct ResourceKey {
   /// Windows language identifier; 0 is neutral.
   uint16_t language = 0;
 
-  auto operator<=>(const ResourceKey&) const = default;
+  bool operator<(const ResourceKey& other) const;
+  bool operator==(const ResourceKey&) const = default;
 };
 
 struct Resource {

@@ -79,7 +79,7 @@ VersionInfo::Numbers numbersAt(ByteView bytes, size_t at) {
 }
 
 void appendNumbers(Bytes& bytes, const VersionInfo::Numbers& numbers) {
-  for (const size_t i : {1, 0, 3, 2}) appendU16(bytes, numbers[i]);
+  for (const size_t i : {1U, 0U, 3U, 2U}) appendU16(bytes, numbers[i]);
 }
 
 void appendText(Bytes& bytes, const std::wstring& text) {
