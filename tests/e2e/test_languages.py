@@ -8,7 +8,7 @@ from harness import install_vm
 
 RT_DIALOG, RT_STRING = 5, 6
 ENGLISH, ARABIC = 1033, 1025
-ERROR_TITLE, NO_VALID_VM, VM_START_FAILED, DOWNLOADING_TEXT = 110, 101, 103, 114, 115
+ERROR_TITLE, NO_VALID_VM, VM_START_FAILED, DOWNLOADING_TEXT = 110, 101, 103, 115
 EAST_ASIA = ("CJK", "IDEOGRAPHIC", "FULLWIDTH", "HIRAGANA", "KATAKANA", "KATAKANA-HIRAGANA", "LEFT", "RIGHT")
 # What a language has besides the letters of ASCII, or the scripts that it is written in. What is garbled or in the
 # wrong file stands out.
