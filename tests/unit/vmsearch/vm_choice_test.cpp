@@ -21,33 +21,12 @@ std::vector<ConsideredVm> vms(const std::wstring& words) {
   return result;
 }
 
-char outcomeLetter(VmOutcome outcome) {
-  const std::pair<VmOutcome, char> letters[] = {
-      {VmOutcome::kChosen, 'C'},
-      {VmOutcome::kDuplicate, 'd'},
-      {VmOutcome::kNoMatchingToken, 'T'},
-      {VmOutcome::kOtherBitness, 'B'},
-      {VmOutcome::kWrongBits, 'W'},
-      {VmOutcome::kUnsafeFolder, 'U'},
-      {VmOutcome::kNotFirst, 'F'},
-      {VmOutcome::kOutranked, 'O'},
-      {VmOutcome::kValidatorRejected, 'R'},
-      {VmOutcome::kNotReached, 'n'},
-      {VmOutcome::kValidatorTimedOut, 'L'},
-      {VmOutcome::kValidatorNotStarted, 'S'},
-  };
-  for (const auto& [known, letter] : letters) {
-    if (known == outcome) return letter;
-  }
-  return '?';
-}
-
 /// The outcomes, each as one letter, and a check that the choice is the one that is so marked.
 std::string outcomes(const VmChoice& choice) {
   std::string letters;
   std::wstring chosen = L"none";
   for (const ConsideredVm& vm : choice.considered) {
-    letters += outcomeLetter(vm.outcome);
+    letters += "nCmhkHdTRLSBWUFO"[static_cast<int>(vm.outcome)];
     if (vm.outcome == VmOutcome::kChosen) chosen = vm.candidate.folder;
   }
   EXPECT_EQ(choice.chosen ? choice.chosen->folder : L"none", chosen);

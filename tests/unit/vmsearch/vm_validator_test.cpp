@@ -73,8 +73,7 @@ TEST_F(VmValidatorTest, AnswersByTheExitCodeAndStartsOnce) {
     EXPECT_EQ(validator_.ask(folder_.write(L"broken\\java.exe", "no program"), jar_, L"exit=0"),
               ValidatorAnswer::kNotStarted);
   }
-  const std::wstring start =
-      L"\"" + java + L"\" -classpath \"" + jar_ + L"\" com.vantu.util.jvm.Validator ";
+  const std::wstring start = L"\"" + java + L"\" -classpath \"" + jar_ + L"\" com.vantu.util.jvm.Validator ";
   EXPECT_THAT(runs(), testing::ElementsAre(start + L"\"exit=0\"", start + L"\"exit=259\""));
 }
 
