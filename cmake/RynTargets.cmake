@@ -10,6 +10,21 @@ target_compile_options(ryn_build_flags INTERFACE
   $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>
   # Both make variants of the same few string functions, one for each source file, which cost 10 KB together.
   $<$<CONFIG:MinSizeRel>:-Oz -fno-ipa-sra -fno-inline-small-functions>)
+# For everything in the tree, other people's code included: what reads an archive is theirs.
+set_property(CACHE RYN_CHECKS PROPERTY STRINGS "" sanitizers traps)
+if(RYN_CHECKS STREQUAL "sanitizers")
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+  add_compile_definitions(_GLIBCXX_ASSERTIONS)
+elseif(RYN_CHECKS STREQUAL "traps")
+  # This compiler has no runtime of the sanitizers for Windows.
+  add_compile_options(-fsanitize=undefined -fsanitize-undefined-trap-on-error)
+  add_compile_definitions(_GLIBCXX_ASSERTIONS)
+endif()
+if(RYN_BUILD_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(WIN32)
   target_compile_definitions(ryn_build_flags INTERFACE
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX

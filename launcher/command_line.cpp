@@ -3,9 +3,8 @@
 #include <algorithm>
 
 #include "launcher/switches.h"
-#include "platform/files.h"
-#include "platform/paths.h"
-#include "platform/text.h"
+#include "text/fold_case.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {
@@ -16,15 +15,15 @@ std::vector<std::wstring> splitTokens(std::wstring_view text) {
   return tokens;
 }
 
-std::wstring tempFolderFrom(const std::wstring& token) {
+std::wstring tempFolderFrom(const std::wstring& token, const PathLookup& paths) {
   if (!token.starts_with(L'"')) return {};
   std::wstring folder = token.substr(1);
   if (!folder.empty()) folder.pop_back();
   // Here, because the current folder changes before the folder is used.
-  return folderExists(folder) ? normalisePath(folder) : std::wstring();
+  return paths.folderExists(folder) ? paths.normalise(folder) : std::wstring();
 }
 
-void readSwitches(const std::vector<std::wstring>& tokens, CommandLine& result) {
+void readSwitches(const std::vector<std::wstring>& tokens, const PathLookup& paths, CommandLine& result) {
   for (size_t i = 0; i < tokens.size(); ++i) {
     if (tokens[i] == switches::kService) {
       if (++i == tokens.size()) return;
@@ -41,7 +40,7 @@ void readSwitches(const std::vector<std::wstring>& tokens, CommandLine& result) 
     if (tokens[i] == switches::kTempFolder) {
       result.arguments.push_back(tokens[i]);
       if (++i == tokens.size()) return;
-      result.tempFolder = tempFolderFrom(tokens[i]);
+      result.tempFolder = tempFolderFrom(tokens[i], paths);
     }
     result.arguments.push_back(tokens[i]);
   }
@@ -64,7 +63,7 @@ std::vector<std::wstring> rejoinQuoted(const std::vector<std::wstring>& pieces) 
 
 }  // namespace
 
-CommandLine parseCommandLine(const std::wstring& text) {
+CommandLine parseCommandLine(const std::wstring& text, const PathLookup& paths) {
   CommandLine result;
   std::wstring_view rest = text;
   if (rest.starts_with(L'"')) {
@@ -74,10 +73,10 @@ CommandLine parseCommandLine(const std::wstring& text) {
       rest.remove_prefix(end + 1);
     }
   }
-  readSwitches(splitTokens(rest), result);
+  readSwitches(splitTokens(rest), paths, result);
   result.arguments = rejoinQuoted(result.arguments);
   for (std::wstring& argument : result.arguments) {
-    if (!argument.starts_with(L'/') && pathExists(argument)) argument = expandPath(argument);
+    if (!argument.starts_with(L'/') && paths.exists(argument)) argument = paths.expand(argument);
   }
   return result;
 }

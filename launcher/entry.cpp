@@ -8,6 +8,8 @@
 #include "launcher/launcher.h"
 #include "launcher/service.h"
 #include "platform/event_log_prompt.h"
+#include "platform/files.h"
+#include "platform/paths.h"
 #include "platform/user_prompt.h"
 #include "platform/wow64.h"
 #include "properties/keys.h"
@@ -58,7 +60,9 @@ int runService(const CommandLine& commandLine, HINSTANCE instance) {
 int runEntry(HINSTANCE instance) {
   if (runsUnderWow64()) disableFileSystemRedirection();
 
-  const CommandLine commandLine = parseCommandLine(GetCommandLineW());
+  const CommandLine commandLine = parseCommandLine(
+      GetCommandLineW(),
+      {.exists = pathExists, .folderExists = folderExists, .normalise = normalisePath, .expand = expandPath});
   return commandLine.service ? runService(commandLine, instance) : runLaunch(commandLine, instance);
 }
 

@@ -2,23 +2,9 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <memory>
-#include <string_view>
-
-#include "platform/text.h"
 
 namespace ryn {
-
-EnvironmentMap parseEnvironmentBlock(const wchar_t* block) {
-  EnvironmentMap variables;
-  for (std::wstring_view entry(block); !entry.empty(); entry = entry.data() + entry.size() + 1) {
-    const size_t separator = entry.find(L'=');
-    if (separator == 0 || separator == std::wstring_view::npos) continue;
-    variables[std::wstring(entry.substr(0, separator))] = entry.substr(separator + 1);
-  }
-  return variables;
-}
 
 EnvironmentMap readEnvironment() {
   struct Free {
@@ -26,17 +12,6 @@ EnvironmentMap readEnvironment() {
   };
   const std::unique_ptr<wchar_t, Free> block(GetEnvironmentStringsW());
   return block ? parseEnvironmentBlock(block.get()) : EnvironmentMap();
-}
-
-std::wstring pathVariable(const EnvironmentMap& environment) {
-  return variableIn(environment, L"PATH");
-}
-
-std::wstring variableIn(const EnvironmentMap& environment, std::wstring_view name) {
-  const auto found = std::find_if(environment.begin(), environment.end(), [&](const auto& variable) {
-    return equalIgnoringCase(variable.first, name);
-  });
-  return found == environment.end() ? std::wstring() : found->second;
 }
 
 std::wstring environmentVariable(const std::wstring& name) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cwchar>
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {

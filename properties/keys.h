@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/environment.h"
 #include "properties/property_file.h"
+#include "text/environment_map.h"
 
 namespace ryn {
 

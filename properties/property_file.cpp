@@ -1,8 +1,6 @@
 #include "properties/property_file.h"
 
-#include "platform/errors.h"
-#include "platform/files.h"
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {
@@ -41,13 +39,6 @@ std::wstring unescape(std::wstring_view text) {
 }
 
 }  // namespace
-
-void PropertyFile::load(const std::wstring& path) {
-  const CStream stream = openForReading(path);
-  if (!stream) throw FileException(L"could not open file for read", path);
-
-  parse(readLatin1(stream.get()));
-}
 
 void PropertyFile::parse(std::wstring_view text) {
   for (;;) {

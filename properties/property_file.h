@@ -17,7 +17,8 @@ namespace ryn {
 class PropertyFile {
  public:
   /// Adds the entries of the file at `path`; an entry already there is overwritten. Throws FileException
-  /// "could not open file for read" and leaves the entries alone when the file cannot be opened.
+  /// "could not open file for read" and leaves the entries alone when the file cannot be opened. Part of
+  /// the library `properties`, which needs Windows.
   void load(const std::wstring& path);
 
   /// Adds the entries of `text`, the content of a file with line ends already turned into "\n".

@@ -1,17 +1,18 @@
 #include "provision/application_layout.h"
 
+#include <utility>
+
 #include "platform/files.h"
-#include "platform/text.h"
+#include "provision/application_paths.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {
 
-constexpr const wchar_t* kWindowsFolders[] = {L"\\Windows", L"\\Windows_Pure_64_Bit"};
-
 /// `base` and the first of its two Windows folders in which `name` exists; empty when none has it.
 std::wstring findWindowsFolder(const std::wstring& base, const wchar_t* name) {
-  for (const wchar_t* folder : kWindowsFolders) {
-    if (folderExists(base + folder + name)) return base + folder;
+  for (const std::wstring_view folder : kWindowsFolders) {
+    if (folderExists(concat({base, folder, name}))) return concat({base, folder});
   }
   return {};
 }
@@ -19,21 +20,10 @@ std::wstring findWindowsFolder(const std::wstring& base, const wchar_t* name) {
 }  // namespace
 
 std::wstring findJvmspecs(const std::wstring& launcherFolder) {
-  for (const wchar_t* folder : {L"", kWindowsFolders[0], kWindowsFolders[1]}) {
-    std::wstring path = concat({launcherFolder, folder, L"\\jvmspecs\\jvmspecs.properties"});
-    if (fileExists(path)) return path;
+  for (std::wstring& path : jvmspecsPaths(launcherFolder)) {
+    if (fileExists(path)) return std::move(path);
   }
   return {};
-}
-
-std::vector<std::wstring> shippedVmPaths(const std::wstring& launcherFolder) {
-  std::vector<std::wstring> paths;
-  for (const wchar_t* folder : kWindowsFolders) {
-    for (const wchar_t* home : {L"\\resource\\jre", L"\\resource\\jre\\jre"}) {
-      paths.push_back(concat({launcherFolder, folder, home, L"\\bin\\java.exe"}));
-    }
-  }
-  return paths;
 }
 
 std::wstring packDestination(const std::wstring& launcherFolder, const std::wstring& url) {

@@ -1,19 +1,14 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 namespace ryn {
 
-// Where the parts of an application lie, seen from the folder of its launcher (without a trailing
-// separator). The builder puts what belongs to Windows into "Windows" or "Windows_Pure_64_Bit".
+// Where the parts of an application lie, seen from the folder of its launcher (without a trailing separator).
 // A result is empty when the application has no such place.
 
-/// jvmspecs.properties: in "jvmspecs" beside the launcher, else in that of a Windows folder.
+/// The first of jvmspecsPaths that exists.
 std::wstring findJvmspecs(const std::wstring& launcherFolder);
-
-/// Where java.exe of the VM that ships with the application may lie; the first that exists counts.
-std::vector<std::wstring> shippedVmPaths(const std::wstring& launcherFolder);
 
 /// Where the pack of `url` is stored: the jvmspecs folder and the last segment of the URL, joined without
 /// a separator ("...\Windows\jvmspecsjre.vm"), so that the pack lies beside that folder.

@@ -1,6 +1,6 @@
 #include "provision/build_options.h"
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {

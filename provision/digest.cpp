@@ -45,16 +45,6 @@ void report(std::wstring_view text) {
   writeOutput(concat({text, decimal(error), L"\n"}));
 }
 
-std::wstring hexadecimal(const BYTE* bytes, size_t count) {
-  static constexpr wchar_t kDigits[] = L"0123456789abcdef";
-  std::wstring text;
-  for (size_t i = 0; i < count; ++i) {
-    text += kDigits[bytes[i] >> 4];
-    text += kDigits[bytes[i] & 15];
-  }
-  return text;
-}
-
 }  // namespace
 
 std::wstring md5OfFile(const std::wstring& path) {
@@ -98,7 +88,7 @@ std::wstring md5OfFile(const std::wstring& path) {
     return {};
   }
   writeOutput(L"\n");
-  return hexadecimal(digest, digestSize);
+  return hexadecimal({digest, digestSize});
 }
 
 }  // namespace ryn

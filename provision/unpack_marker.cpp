@@ -4,31 +4,17 @@
 #include <string_view>
 
 #include "platform/files.h"
-#include "platform/paths.h"
 #include "platform/unique_handle.h"
+#include "provision/application_paths.h"
 
 namespace ryn {
 namespace {
 
-// In the folder, not beside it: who replaces a half VM by a whole one takes the marker away, too.
-constexpr std::wstring_view kMarker = L"ryn.unpacking";
-
-/// From "jre\jre\bin" to the folder that packs are unpacked into.
-constexpr int kFoldersAbove = 2;
+std::wstring markerOf(const std::wstring& folder) {
+  return unpackMarkers(folder).front();
+}
 
 }  // namespace
-
-std::vector<std::wstring> unpackMarkers(const std::wstring& folder) {
-  std::vector<std::wstring> markers;
-  std::wstring_view at = folder;
-  for (int above = 0; above <= kFoldersAbove; ++above) {
-    at = at.substr(0, at.find_last_not_of(L'\\') + 1);
-    if (at.empty()) break;
-    markers.push_back(joinPath(at, kMarker));
-    at = at.substr(0, at.rfind(L'\\') + 1);
-  }
-  return markers;
-}
 
 bool isHalfUnpacked(const std::wstring& folder) {
   const std::vector<std::wstring> markers = unpackMarkers(folder);
@@ -36,8 +22,8 @@ bool isHalfUnpacked(const std::wstring& folder) {
 }
 
 bool beginUnpacking(const std::wstring& folder) {
-  const UniqueFile marker(CreateFileW(joinPath(folder, kMarker).c_str(), GENERIC_WRITE, FILE_SHARE_READ,
-                                      nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  const UniqueFile marker(CreateFileW(markerOf(folder).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                      CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
   static constexpr std::string_view kText =
       "A pack was not unpacked to its end: the VM in this folder is not used.\r\n";
   DWORD written = 0;
@@ -47,7 +33,7 @@ bool beginUnpacking(const std::wstring& folder) {
 }
 
 void endUnpacking(const std::wstring& folder) {
-  DeleteFileW(joinPath(folder, kMarker).c_str());
+  DeleteFileW(markerOf(folder).c_str());
 }
 
 void noteUnpacked(const std::wstring& folder) {

@@ -3,17 +3,10 @@
 #include <windows.h>
 
 #include <string>
-#include <vector>
 
 namespace ryn {
 
-/// The files of which one exists when `folder`, or one of the two folders above it, holds what a pack left
-/// there whose unpacking was begun and not ended: a VM that may lack files and must not be started. Of an
-/// executable, pass its folder (absolute, with "\"; separators at the end do not count). What somebody put
-/// there by hand holds no marker and is never half unpacked.
-std::vector<std::wstring> unpackMarkers(const std::wstring& folder);
-
-/// Whether one of them does.
+/// Whether one of unpackMarkers exists.
 bool isHalfUnpacked(const std::wstring& folder);
 
 /// Marks `folder` as half unpacked until endUnpacking; the mark is on the disk on return, so that it outlives

@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/paths.h"
 #include "properties/keys.h"
-#include "provision/application_layout.h"
-#include "provision/unpack_marker.h"
+#include "provision/application_paths.h"
 #include "provision/vm_plan.h"
+#include "text/path_text.h"
 #include "vmsearch/classify.h"
 #include "vmsearch/described_search.h"
 #include "vmsearch/installed_search.h"

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "platform/environment.h"
 #include "properties/property_file.h"
 #include "provision/build_options.h"
+#include "text/environment_map.h"
 #include "vmsearch/vm_choice.h"
 #include "vmsearch/vm_probe.h"
 

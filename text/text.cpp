@@ -83,6 +83,16 @@ std::wstring decimal(long long number) {
   return negative ? L"-" + digits : digits;
 }
 
+std::wstring hexadecimal(std::span<const uint8_t> bytes) {
+  static constexpr wchar_t kDigits[] = L"0123456789abcdef";
+  std::wstring text;
+  for (const uint8_t byte : bytes) {
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
+  }
+  return text;
+}
+
 int parseInteger(std::wstring_view text) {
   size_t at = 0;
   while (at < text.size() && (text[at] == L' ' || (text[at] >= L'\t' && text[at] <= L'\r'))) ++at;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +35,9 @@ std::wstring concat(std::initializer_list<std::wstring_view> texts);
 
 /// `number` in decimal.
 std::wstring decimal(long long number);
+
+/// Two lower-case digits for each byte.
+std::wstring hexadecimal(std::span<const uint8_t> bytes);
 
 /// Decimal number at the start of `text` in the manner of the C library's `atoi`: leading blanks
 /// and a sign are read, reading stops at the first other character, nothing readable gives 0.

@@ -1,6 +1,6 @@
 #include "vmlaunch/launch_plan.h"
 
-#include "platform/paths.h"
+#include "text/path_text.h"
 #include "vmlaunch/vm_command_line.h"
 #include "vmsearch/vm_program.h"
 

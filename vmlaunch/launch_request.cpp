@@ -1,8 +1,8 @@
 #include "vmlaunch/launch_request.h"
 
-#include "platform/paths.h"
-#include "platform/text.h"
 #include "properties/keys.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {

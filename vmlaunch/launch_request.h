@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/environment.h"
 #include "properties/property_file.h"
+#include "text/environment_map.h"
 
 namespace ryn {
 

@@ -1,7 +1,7 @@
 #include "vmlaunch/vm_command_line.h"
 
-#include "platform/paths.h"
-#include "platform/text.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {

@@ -1,7 +1,8 @@
 #include "vmsearch/classify.h"
 
-#include "platform/paths.h"
-#include "platform/text.h"
+#include "text/fold_case.h"
+#include "text/path_text.h"
+#include "text/text.h"
 #include "vmsearch/registry_locations.h"
 
 namespace ryn {

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <set>
 
-#include "platform/paths.h"
-#include "platform/text.h"
+#include "text/fold_case.h"
+#include "text/path_text.h"
+#include "text/text.h"
 #include "vmsearch/classify.h"
 #include "vmsearch/folder_walk.h"
 #include "vmsearch/registry_locations.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/environment.h"
+#include "text/environment_map.h"
 #include "vmsearch/vm_choice.h"
 #include "vmsearch/vm_probe.h"
 

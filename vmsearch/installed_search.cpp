@@ -2,8 +2,9 @@
 
 #include <set>
 
-#include "platform/paths.h"
-#include "platform/text.h"
+#include "text/fold_case.h"
+#include "text/path_text.h"
+#include "text/text.h"
 #include "vmsearch/classify.h"
 #include "vmsearch/registry_locations.h"
 #include "vmsearch/vm_program.h"

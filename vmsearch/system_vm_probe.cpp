@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "platform/files.h"
+#include "platform/image_bitness.h"
 #include "platform/output.h"
 #include "platform/paths.h"
 #include "platform/registry_key.h"

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/version_resource.h"
 #include "vmsearch/vm_probe.h"
 #include "vmsearch/vm_validator.h"
 

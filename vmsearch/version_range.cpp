@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {

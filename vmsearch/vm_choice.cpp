@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "platform/text.h"
+#include "text/text.h"
 #include "vmsearch/version_range.h"
 
 namespace ryn {

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/image_bitness.h"
-#include "platform/version_resource.h"
+#include "image/image_bitness.h"
+#include "image/version_resource.h"
 
 namespace ryn {
 

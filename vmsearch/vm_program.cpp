@@ -1,7 +1,7 @@
 #include "vmsearch/vm_program.h"
 
-#include "platform/paths.h"
-#include "platform/text.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {

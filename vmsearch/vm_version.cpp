@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace ryn {
 

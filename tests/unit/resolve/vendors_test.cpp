@@ -1,15 +1,18 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
 #include "resolve/resolve_vm.h"
 #include "tests/unit/support/fake_probe.h"
-#include "tests/unit/support/temp_folder.h"
 #include "vmsearch/vm_description.h"
 
 namespace ryn {
 namespace {
 
-std::wstring sample(const wchar_t* name) {
-  const std::string bytes = test::readBytes(std::wstring(RYN_VENDORS_FOLDER L"/") + name);
+std::wstring sample(const char* name) {
+  std::ifstream file(std::string(RYN_VENDORS_FOLDER "/") + name, std::ios::binary);
+  const std::string bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>{});
   return {bytes.begin(), bytes.end()};
 }
 
@@ -52,12 +55,12 @@ TEST(VendorsTest, FindsEachVmAlone) {
       {L"", L"", L"D:\\java home"},
       {L"", L"", L"D:\\on path"},
   };
-  const std::wstring description = sample(L"vendors.txt");
+  const std::wstring description = sample("vendors.txt");
   const std::vector<std::wstring> hints = VmDescription::parse(description).pathHints;
   ASSERT_EQ(hints.size(), std::size(rows));
   PropertyFile properties, jvmspecs;
   properties.parse(L"ryn.nl.valid.vm.list=ALL\nryn.nl.win32.java.launcher.platform=2\n");
-  jvmspecs.parse(sample(L"jvmspecs.properties"));
+  jvmspecs.parse(sample("jvmspecs.properties"));
   const EnvironmentMap environment = {{L"ProgramFiles", L"C:\\Program Files"},
                                       {L"ProgramData", L"C:\\ProgramData"},
                                       {L"USERPROFILE", L"C:\\Users\\u"},
@@ -90,7 +93,7 @@ TEST(VendorsTest, FindsEachVmAlone) {
 TEST(VendorsTest, WarnsOfPlacesThatUsersCanWriteTo) {
   std::wstring before;
   int warnings = 0;
-  for (const std::wstring& line : split(sample(L"vendors.txt"), L'\n')) {
+  for (const std::wstring& line : split(sample("vendors.txt"), L'\n')) {
     const bool hint = line.starts_with(L"%") || line.starts_with(L"\\HKEY_");
     const bool safe = line.starts_with(L"%ProgramFiles%\\") || line.starts_with(L"\\HKEY_LOCAL_MACHINE\\");
     const bool warned = before.find(L"lain user can write there") != std::wstring::npos;

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/paths.h"
-#include "platform/text.h"
+#include "text/path_text.h"
+#include "text/text.h"
 #include "vmsearch/vm_probe.h"
 
 namespace ryn::test {

@@ -5,6 +5,8 @@
 #include <climits>
 #include <tuple>
 
+#include "text/environment_map.h"
+#include "text/fold_case.h"
 #include "text/path_text.h"
 
 namespace ryn {
@@ -15,6 +17,13 @@ using Text = const wchar_t*;
 TEST(TextTest, FoldsAsciiOnly) {
   EXPECT_EQ(lowerCase(L"Ab[Z]@\u0130\u00c9"), L"ab[z]@\u0130\u00c9");
   EXPECT_EQ(upperCase(L"aB`z{\u0131\u00e9"), L"AB`Z{\u0131\u00e9");
+}
+
+TEST(TextTest, ComparesAsTheFileSystem) {
+  EXPECT_TRUE(equalIgnoringCase(L"\u00c9t\u00c9", L"\u00e9T\u00e9") && equalIgnoringCase(L"", L""));
+  EXPECT_FALSE(equalIgnoringCase(L"a", L"") || equalIgnoringCase(L"ab", L"ac"));
+  // Units of pairs have no case; "DESERET SMALL LETTER LONG I" is one.
+  EXPECT_EQ(foldCase(L"a\u044f\xd801\xdc28\xd800"), L"A\u042f\xd801\xdc28\xd800");
 }
 
 TEST(TextTest, SplitsAndReplaces) {
@@ -28,6 +37,8 @@ TEST(TextTest, WritesAndReadsDecimals) {
                                                  {L"+3", 3}, {L"0x10", 0}, {L"010", 10},  {L"1 2", 1}};
   for (const auto& [text, number] : rows) EXPECT_EQ(parseInteger(text), number) << std::wstring(text);
   EXPECT_EQ(parseInteger(L"9999999999"), INT_MAX);
+  EXPECT_EQ(parseInteger(L"-9999999999"), INT_MIN);
+  EXPECT_EQ(hexadecimal(std::vector<uint8_t>{0, 0x9F, 0xA0}), L"009fa0");
 }
 
 TEST(TextTest, ConvertsUtf8) {
@@ -70,6 +81,17 @@ TEST(PathsTest, ReplacesTheExtensionOfTheFileNameOnly) {
 TEST(PathsTest, KnowsAbsolutePathsByTheirFirstTwoCharacters) {
   for (const Text path : {L"C:\\a", L"\\a", L"c:a"}) EXPECT_TRUE(isAbsolutePath(path)) << std::wstring(path);
   for (const Text path : {L"", L"a", L"/a", L"ab:"}) EXPECT_FALSE(isAbsolutePath(path)) << std::wstring(path);
+}
+
+TEST(EnvironmentTest, ParsesABlock) {
+  EXPECT_EQ(
+      parseEnvironmentBlock(L"=C:=C:\\work\0=ExitCode=00000001\0A=1\0a=2\0B=x=y\0E=\0junk\0C=3\0\0D=4\0"),
+      (EnvironmentMap{{L"A", L"1"}, {L"a", L"2"}, {L"B", L"x=y"}, {L"E", L""}, {L"C", L"3"}}));
+  EXPECT_TRUE(parseEnvironmentBlock(L"\0").empty());
+}
+
+TEST(EnvironmentTest, FindsPathInAnyCase) {
+  EXPECT_EQ(pathVariable({{L"APATH", L"no"}, {L"pAtH", L"C:\\bin"}, {L"PATHEXT", L".exe"}}), L"C:\\bin");
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {

@@ -1,0 +1,108 @@
+#include "provision/pack_entry.h"
+
+#include <gtest/gtest.h>
+
+#include "provision/application_paths.h"
+#include "tests/unit/provision/zip_builder.h"
+
+namespace ryn {
+namespace {
+
+using test::littleEndian;
+
+constexpr uint64_t kUnixEpoch = 116'444'736'000'000'000;
+
+uint64_t unixTicks(uint64_t seconds) {
+  return kUnixEpoch + seconds * 10'000'000;
+}
+
+/// A "UT" block with the times given.
+std::string utBlock(char flags, const std::vector<uint32_t>& seconds) {
+  std::string data(1, flags);
+  for (const uint32_t second : seconds) data += littleEndian(second, 4);
+  return "UT" + littleEndian(data.size(), 2) + data;
+}
+
+TEST(EntryNameTest, DropsLeadingRootsAndEnclosedParents) {
+  const struct {
+    std::string stored;
+    std::wstring name;
+  } rows[] = {
+      {"bin/java.exe", L"bin/java.exe"},
+      {"C:\\bin\\java.exe", L"bin\\java.exe"},
+      {"//\\C:/D:x", L"x"},
+      {"::x", L"x"},
+      {"a\\..\\\\..\\b", L"b"},
+      {"a/../b/..\\c\\../d", L"d"},
+      // The backslash pattern is looked for first, wherever it stands.
+      {"a/../b\\..\\c/../d", L"d"},
+      {"/../x", L"../x"},
+      {"../x", L"../x"},
+      {"..\\..\\x", L"x"},
+      {"x/..", L"x/.."},
+      {"x/../", L""},
+      {"a/..//etc", L"/etc"},
+      {"a..b/...", L"a..b/..."},
+      {"file:stream", L"file:stream"},
+      {"\xC3\xA4/\xE4\xB8\xAD", L"\u00e4/\u4e2d"},
+      {std::string("a\0b", 3), L"a"},
+      {std::string(300, 'x'), std::wstring(260, L'x')},
+      {"C:" + std::string(300, 'x'), std::wstring(258, L'x')},
+      {"", L""},
+  };
+  for (const auto& row : rows) EXPECT_EQ(entryName(row.stored), row.name) << row.stored;
+}
+
+TEST(EntryAttributesTest, DependOnTheSystemThatMadeTheEntry) {
+  const struct {
+    unsigned madeBy;
+    uint32_t external;
+    uint32_t attributes;
+  } rows[] = {
+      {20, 0, 0},
+      {20, 0x27, 0x27},
+      {20, 0x10, 0x10},
+      {0x0B14, 0x30, 0x30},
+      {0x0714, 1, 1},
+      {0x0E14, 2, 2},
+      // Unix modes: 0644, 0444, a folder, a folder without write permission; DOS bits do not count.
+      {0x0314, 0x81A40000, 0x20},
+      {0x0314, 0x81240000, 0x21},
+      {0x0314, 0x41ED0010, 0x30},
+      {0x0314, 0x416D0000, 0x31},
+      {0x0314, 0x0000001F, 0x21},
+      {0x1314, 0x81A40002, 0x20},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(attributesOf(row.madeBy, row.external), row.attributes)
+        << std::hex << row.madeBy << row.external;
+  }
+}
+
+TEST(EntryTimesTest, TimestampBlockReplacesDosTimes) {
+  const PackTimes dos = timesOf(5, "");
+  EXPECT_EQ(dos, (PackTimes{5, 5, 5}));
+  constexpr uint64_t d = 5;
+  const std::string other = "XX" + littleEndian(300, 2) + std::string(300, 'U');
+  const struct {
+    const char* what;
+    std::string extra;
+    PackTimes times;  // creation, access, modification
+  } rows[] = {
+      {"modification only", utBlock(1, {1000}), {d, d, unixTicks(1000)}},
+      {"all", utBlock(7, {1000, 2000, 3000}), {unixTicks(3000), unixTicks(2000), unixTicks(1000)}},
+      {"no access time", utBlock(5, {1000, 3000}), {unixTicks(3000), d, unixTicks(1000)}},
+      {"announces more than it holds", utBlock(7, {1000}), {d, d, unixTicks(1000)}},
+      {"before 1970", utBlock(1, {0xFFFFFFFF}), {d, d, kUnixEpoch - 10'000'000}},
+      {"the first of two", utBlock(1, {1}) + utBlock(1, {2}), {d, d, unixTicks(1)}},
+      {"behind a long block", other + utBlock(1, {1000}), {d, d, unixTicks(1000)}},
+      {"cut short", utBlock(1, {1000}).substr(0, 7), dos},
+      {"empty block", utBlock(1, {}).substr(0, 4), dos},
+      {"length beyond the field", "XX\xFF\xFF" + utBlock(1, {1000}), dos},
+      {"none", other, dos},
+  };
+  for (const auto& row : rows) EXPECT_EQ(timesOf(5, row.extra), row.times) << row.what;
+}
+
+}  // namespace
+}  // namespace ryn
