@@ -4,8 +4,8 @@
 
 namespace ryn {
 
-/// While it lives, Windows does not ask the calling thread's user to insert a medium into a drive that a path names:
-/// the call that used the path fails at once.
+/// While it lives, Windows does not ask the calling thread's user to insert a medium into a drive that a path
+/// names: the call that used the path fails at once.
 class QuietDrives {
  public:
   QuietDrives() { SetThreadErrorMode(SEM_FAILCRITICALERRORS, &old_); }
