@@ -65,6 +65,7 @@ std::vector<std::wstring> rejoinQuoted(const std::vector<std::wstring>& pieces) 
 
 CommandLine parseCommandLine(const std::wstring& text, const PathLookup& paths) {
   CommandLine result;
+  result.text = text;
   std::wstring_view rest = text;
   if (rest.starts_with(L'"')) {
     const size_t end = rest.find(L'"', 1);

@@ -8,6 +8,8 @@ namespace ryn {
 
 /// The parsed command line of the process; copied into the launcher that is built from it.
 struct CommandLine {
+  /// What was parsed.
+  std::wstring text;
   /// Every token but the service switch and its name: the program's own path first, then what the application
   /// is handed. Quotes are rejoined and existing paths expanded.
   std::vector<std::wstring> arguments;

@@ -114,17 +114,22 @@ LaunchPlan Launcher::planLaunch(const VmChoice& choice) const {
                          {.properties = properties_,
                           .propertiesPath = propertiesPath_,
                           .tempPropertiesPath = TempPropertiesFile::instance().path(),
+                          .programPath = modulePath(),
                           .defaultFolder = startFolder_,
+                          .commandLine = commandLine_.text,
                           .arguments = commandLine_.arguments,
                           .environment = environment_,
                           .console = Console::instance().isAllocated(),
-                          .service = isService()},
+                          .service = isService(),
+                          .stopInput = canAskVmToEnd()},
                          probe_);
 }
 
 void Launcher::handOver(const LaunchPlan& plan) const {
   TempPropertiesFile::instance().appendCurrentVm(plan.program);
+  if (!plan.facts.empty()) TempPropertiesFile::instance().append(plan.facts);
   exportEnvironment(environment_);
+  for (const auto& [name, value] : plan.variables) SetEnvironmentVariableW(name.c_str(), value.c_str());
   writeError(plan.request.diagnostics);
 }
 

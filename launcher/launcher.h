@@ -33,6 +33,8 @@ class Launcher {
 
   /// True for the launcher that runs as a Windows service.
   virtual bool isService() const { return false; }
+  /// True when the VM that is started next can be asked to end by the end of its standard input.
+  virtual bool canAskVmToEnd() const { return false; }
 
   const PropertyFile& properties() const { return properties_; }
   /// The valid-VM list as the property file spells it, for the message that none was found.

@@ -25,6 +25,7 @@ class ServiceRYN final : public Launcher {
   static ServiceRYN& instance(const CommandLine& commandLine, UserPrompt& prompt);
 
   bool isService() const override { return true; }
+  bool canAskVmToEnd() const override { return static_cast<bool>(vmInput_); }
 
   /// Hands the process to the service control manager; returns when the service has stopped. Throws
   /// TerminalError when the manager did not start this process.

@@ -8,6 +8,8 @@
 namespace ryn {
 namespace {
 
+constexpr wchar_t kServiceStopSeconds[] = L"ryn.service.stop.seconds";
+
 // Pointers, because views at every call are twice the code.
 std::wstring text(const PropertyFile& properties, const wchar_t* key, const wchar_t* defaultValue = L"") {
   return properties.get(key, defaultValue);
@@ -116,7 +118,16 @@ bool win32Job(const PropertyFile& properties) {
 }
 
 uint32_t serviceStopSeconds(const PropertyFile& properties) {
-  return static_cast<uint32_t>(std::max(0, parseInteger(text(properties, L"ryn.service.stop.seconds"))));
+  return static_cast<uint32_t>(std::max(0, parseInteger(text(properties, kServiceStopSeconds))));
+}
+
+bool tellsJavaSide(const PropertyFile& properties) {
+  return properties.hasKeyWithPrefix(L"ryn.start.") || properties.hasKeyWithPrefix(L"ryn.launch.") ||
+         properties.hasKeyWithPrefix(kServiceStopSeconds);
+}
+
+bool exactArguments(const PropertyFile& properties) {
+  return text(properties, L"ryn.launch.arguments") == L"exact";
 }
 
 int32_t microsoftVmMinVersion(const PropertyFile& properties) {

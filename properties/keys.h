@@ -22,6 +22,14 @@ inline constexpr std::wstring_view kControlKey = L"ryn.control-key";
 inline constexpr std::wstring_view kEnvironmentPrefix = L"ryn.nl.env.";
 inline constexpr std::wstring_view kExactEnvironmentPrefix = L"ryn.nl.env.exact_case.";
 
+inline constexpr std::wstring_view kLaunchService = L"ryn.launch.service";
+inline constexpr std::wstring_view kLaunchConsole = L"ryn.launch.console";
+inline constexpr std::wstring_view kLaunchFile = L"ryn.launch.file";
+inline constexpr std::wstring_view kLaunchProgram = L"ryn.launch.program";
+inline constexpr std::wstring_view kLaunchStartFolder = L"ryn.launch.start.folder";
+inline constexpr std::wstring_view kLaunchCommandLine = L"ryn.launch.command.line";
+inline constexpr std::wstring_view kLaunchStopInput = L"ryn.launch.stop.input";
+
 /// Stands in the class path for the environment variable CLASSPATH.
 inline constexpr std::wstring_view kClasspathPlaceholder = L"$ENV_CLASSPATH$";
 
@@ -72,6 +80,10 @@ bool win32Job(const PropertyFile& properties);
 /// How long a service's program has to end by itself when the service stops; 0, also for negative numbers,
 /// ends it at once.
 uint32_t serviceStopSeconds(const PropertyFile& properties);
+/// Some key asks something of the Java side, which is then told the facts of the launch.
+bool tellsJavaSide(const PropertyFile& properties);
+/// The Java side is told the whole command line.
+bool exactArguments(const PropertyFile& properties);
 /// Lowest acceptable build of the Microsoft VM.
 int32_t microsoftVmMinVersion(const PropertyFile& properties);
 /// Which bitness classes are acceptable; 1 when absent, which admits class 1 only.

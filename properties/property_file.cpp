@@ -38,6 +38,12 @@ std::wstring unescape(std::wstring_view text) {
   return result;
 }
 
+void appendEscape(std::wstring& text, wchar_t c) {
+  static constexpr wchar_t kHexDigits[] = L"0123456789abcdef";
+  text += L"\\u";
+  for (int shift = 12; shift >= 0; shift -= 4) text.push_back(kHexDigits[(c >> shift) & 0xF]);
+}
+
 }  // namespace
 
 void PropertyFile::parse(std::wstring_view text) {
@@ -66,18 +72,34 @@ std::wstring PropertyFile::get(std::wstring_view key, std::wstring_view defaultV
   return std::wstring(found == entries_.end() ? defaultValue : found->second);
 }
 
+bool PropertyFile::hasKeyWithPrefix(std::wstring_view prefix) const {
+  const auto found = entries_.lower_bound(prefix);
+  return found != entries_.end() && found->first.starts_with(prefix);
+}
+
 std::wstring escapeProperty(std::wstring_view text) {
-  static constexpr wchar_t kHexDigits[] = L"0123456789abcdef";
   std::wstring result;
   result.reserve(text.size());
   for (const wchar_t c : text) {
     if (c == L'\\') {
       result += L"\\\\";
     } else if (c > 127) {
-      result += L"\\u";
-      for (int shift = 12; shift >= 0; shift -= 4) result.push_back(kHexDigits[(c >> shift) & 0xF]);
+      appendEscape(result, c);
     } else {
       result.push_back(c);
+    }
+  }
+  return result;
+}
+
+std::wstring escapeAnyProperty(std::wstring_view text) {
+  std::wstring result;
+  result.reserve(text.size());
+  for (const wchar_t c : text) {
+    if (c < L' ' || (c == L' ' && result.empty())) {
+      appendEscape(result, c);
+    } else {
+      result += escapeProperty({&c, 1});
     }
   }
   return result;

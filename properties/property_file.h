@@ -27,6 +27,8 @@ class PropertyFile {
   /// The value of `key`, or `defaultValue` when there is none.
   std::wstring get(std::wstring_view key, std::wstring_view defaultValue = {}) const;
 
+  bool hasKeyWithPrefix(std::wstring_view prefix) const;
+
  private:
   void parseLine(std::wstring_view line);
 
@@ -36,5 +38,9 @@ class PropertyFile {
 /// `text` as it must stand in a property file that Java reads: each backslash twice, each character
 /// above 127 as "\u" and four hexadecimal digits. PropertyFile does not undo doubled backslashes.
 std::wstring escapeProperty(std::wstring_view text);
+
+/// The same for any text: characters below U+0020, and a blank at its beginning, are "\u" and four digits,
+/// too, since Java would end the line at them or drop them.
+std::wstring escapeAnyProperty(std::wstring_view text);
 
 }  // namespace ryn

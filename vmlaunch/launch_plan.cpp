@@ -1,11 +1,15 @@
 #include "vmlaunch/launch_plan.h"
 
+#include "properties/keys.h"
 #include "text/path_text.h"
+#include "vmlaunch/fact_lines.h"
 #include "vmlaunch/vm_command_line.h"
 #include "vmsearch/vm_program.h"
 
 namespace ryn {
 namespace {
+
+constexpr wchar_t kPropertiesVariable[] = L"RYN_LAUNCH_PROPERTIES";
 
 int microsoftBuild(const std::wstring& home, const VmProbe& probe) {
   const auto version = probe.versionResource(home + L"\\jview.exe").fileVersion;
@@ -34,6 +38,11 @@ LaunchPlan planLaunch(const VmChoice& choice, const LaunchFacts& facts, const Vm
   LaunchRequest::fillFromProperties(facts, plan.request);
   plan.program = vmProgram(plan.vm, facts.console, probe);
   plan.commandLine = vmCommandLine(plan.vm, plan.request, plan.program);
+  plan.facts = factLines(facts);
+  // A VM reads its environment in Unicode, its command line in the ANSI code page.
+  if (exactArguments(facts.properties) && !facts.tempPropertiesPath.empty()) {
+    plan.variables[kPropertiesVariable] = facts.tempPropertiesPath;
+  }
   plan.refusal = refusalOf(plan, probe);
   return plan;
 }

@@ -24,6 +24,10 @@ struct LaunchPlan {
   /// Full path of the VM's program; not tested for existence when it is the last resort of its kind.
   std::wstring program;
   std::wstring commandLine;
+  /// What the VM's environment gets beside this process's own.
+  EnvironmentMap variables;
+  /// Lines of the temporary properties file with the facts of the launch; empty when nobody asks for them.
+  std::wstring facts;
   LaunchRefusal refusal = LaunchRefusal::kNone;
   /// Holds the working folder, and what the start needs beside the command line.
   LaunchRequest request;

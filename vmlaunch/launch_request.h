@@ -25,14 +25,20 @@ struct LaunchFacts {
   std::wstring propertiesPath;
   /// Path of the temporary properties file.
   std::wstring tempPropertiesPath;
-  /// Working folder when the properties name none.
+  /// Full path of the launcher's executable.
+  std::wstring programPath;
+  /// The folder in which the launcher was started: the working folder when the properties name none.
   std::wstring defaultFolder;
+  /// The launcher's whole command line, as it was given.
+  std::wstring commandLine;
   /// The launcher's arguments; the first is its own path.
   std::vector<std::wstring> arguments;
   const EnvironmentMap& environment;
   /// The launcher has a console: the VM's console program is run.
   bool console = false;
   bool service = false;
+  /// The VM's standard input is a pipe whose end asks the program to end.
+  bool stopInput = false;
 };
 
 /// Everything that one VM start needs, whatever the kind of VM.

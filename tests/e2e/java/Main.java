@@ -64,7 +64,7 @@ public class Main {
         }
     }
 
-    private static String json(String text) {
+    static String json(String text) {
         if (text == null) {
             return "null";
         }

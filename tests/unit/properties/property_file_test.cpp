@@ -52,6 +52,7 @@ TEST(PropertyFileTest, Parses) {
 TEST(EscapePropertyTest, WritesWhatJavaReads) {
   EXPECT_EQ(escapeProperty(L"C:\\a b\\n=:#!\t\n"), L"C:\\\\a b\\\\n=:#!\t\n");
   EXPECT_EQ(escapeProperty(L"\x7f\x80\uffff\xd83d\xde00"), L"\x7f\\u0080\\uffff\\ud83d\\ude00");
+  EXPECT_EQ(escapeAnyProperty(L" a \t\n\\\u00e9"), L"\\u0020a \\u0009\\u000a\\\\\\u00e9");
 }
 
 TEST(EnvironmentLinesTest, WritesThreeLinesPerVariable) {

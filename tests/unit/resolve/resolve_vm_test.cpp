@@ -423,11 +423,15 @@ TEST_F(ResolveVmTest, APlanSaysWhatALaunchDoes) {
   const LaunchFacts facts{.properties = properties,
                           .propertiesPath = L"C:\\app\\hello.ryn",
                           .tempPropertiesPath = L"C:\\t\\ryn1.tmp",
+                          .programPath = L"C:\\app\\hello.exe",
                           .defaultFolder = L"C:\\start",
+                          .commandLine = L"hello.exe \"C:\\my file\"",
                           .arguments = {L"hello.exe", L"C:\\my file"},
                           .environment = environment};
   resolve();
   LaunchPlan plan = planLaunch(choice_, facts, machine_);
+  EXPECT_EQ(plan.facts, L"");
+  EXPECT_TRUE(plan.variables.empty());
   EXPECT_EQ(plan.program, L"C:\\jre17\\bin\\javaw.exe");
   EXPECT_EQ(plan.request.workingDirectory, L"C:\\app\\data\\x");
   EXPECT_EQ(plan.request.diagnostics, L"invalid verbosity selection 'loud', disabling verbosity.\n");
@@ -447,6 +451,43 @@ TEST_F(ResolveVmTest, APlanSaysWhatALaunchDoes) {
   plan = planLaunch(choice_, facts, machine_);
   EXPECT_EQ(plan.refusal, LaunchRefusal::kVmTooOld);
   EXPECT_EQ(plan.program, L"C:\\ms\\wjview.exe");
+}
+
+TEST_F(ResolveVmTest, APlanTellsTheJavaSideWhatItAsksFor) {
+  registerVm(std::wstring(kJre) + L"17.0.2", L"C:\\jre17");
+  resolve();
+  const EnvironmentMap environment;
+  const auto planFor = [&](const wchar_t* key, bool stopInput) {
+    PropertyFile properties;
+    properties.parse(key);
+    return planLaunch(choice_,
+                      {.properties = properties,
+                       .propertiesPath = L"C:\\\u00e9\\a.ryn",
+                       .tempPropertiesPath = L"C:\\t.tmp",
+                       .programPath = L"C:\\a.exe",
+                       .defaultFolder = L"D:\\",
+                       .commandLine = L" a.exe \t\"\\",
+                       .arguments = {L"a.exe"},
+                       .environment = environment,
+                       .console = true,
+                       .service = stopInput,
+                       .stopInput = stopInput},
+                      machine_);
+  };
+  const std::wstring rest =
+      L"ryn.launch.console=true\nryn.launch.file=C:\\\\\\u00e9\\\\a.ryn\nryn.launch.program=C:\\\\a.exe\n"
+      L"ryn.launch.start.folder=D:\\\\\n";
+  for (const wchar_t* key : {L"ryn.start.jar=a.jar\n", L"ryn.launch.arguments=Exact\n"}) {
+    const LaunchPlan plan = planFor(key, false);
+    EXPECT_EQ(plan.facts, L"ryn.launch.service=false\n" + rest) << key;
+    EXPECT_TRUE(plan.variables.empty()) << key;
+  }
+  EXPECT_EQ(planFor(L"ryn.service.stop.seconds=3\n", true).facts,
+            L"ryn.launch.service=true\n" + rest + L"ryn.launch.stop.input=true\n");
+  const LaunchPlan exact = planFor(L"ryn.launch.arguments=exact\n", false);
+  EXPECT_EQ(exact.facts,
+            L"ryn.launch.service=false\n" + rest + L"ryn.launch.command.line=\\u0020a.exe \\u0009\"\\\\\n");
+  EXPECT_EQ(exact.variables, (EnvironmentMap{{L"RYN_LAUNCH_PROPERTIES", L"C:\\t.tmp"}}));
 }
 
 }  // namespace
