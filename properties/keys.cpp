@@ -130,6 +130,10 @@ bool exactArguments(const PropertyFile& properties) {
   return text(properties, L"ryn.launch.arguments") == L"exact";
 }
 
+bool win32ShortPaths(const PropertyFile& properties) {
+  return parseBoolean(properties.get(L"ryn.win32.short.paths"));
+}
+
 int32_t microsoftVmMinVersion(const PropertyFile& properties) {
   return parseInteger(text(properties, L"ryn.nl.win32.microsoftvm.min.version", L"0"));
 }

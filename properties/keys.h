@@ -84,6 +84,8 @@ uint32_t serviceStopSeconds(const PropertyFile& properties);
 bool tellsJavaSide(const PropertyFile& properties);
 /// The Java side is told the whole command line.
 bool exactArguments(const PropertyFile& properties);
+/// Paths that the ANSI code page cannot write are handed to the VM by their short names.
+bool win32ShortPaths(const PropertyFile& properties);
 /// Lowest acceptable build of the Microsoft VM.
 int32_t microsoftVmMinVersion(const PropertyFile& properties);
 /// Which bitness classes are acceptable; 1 when absent, which admits class 1 only.

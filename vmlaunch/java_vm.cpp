@@ -14,6 +14,14 @@ JavaVmPtr make(const LaunchPlan& plan, UserPrompt& prompt) {
   return JavaVmPtr(new Vm(plan, prompt), [](JavaVM* vm) { delete static_cast<Vm*>(vm); });
 }
 
+void refuseLostPath(const LaunchPlan& plan) {
+  if (plan.refusal != LaunchRefusal::kLostPath) return;
+  throw TerminalError(
+      concat({L"Java cannot be told of\n", plan.lostPath,
+              L"\nThe system's code page lacks characters of this path, and its drive keeps no short names "
+              L"(fsutil 8dot3name query). Please move it to a folder with a plain name."}));
+}
+
 }  // namespace
 
 JavaVmPtr makeJavaVm(const LaunchPlan& plan, UserPrompt& prompt) {
@@ -29,6 +37,7 @@ JavaVmPtr makeJavaVm(const LaunchPlan& plan, UserPrompt& prompt) {
 }
 
 UniqueHandle ClassicJavaVM::launch(LaunchRequest request, bool wait) {
+  refuseLostPath(plan());
   return startVmProcess(request, plan().commandLine, wait);
 }
 
@@ -43,11 +52,13 @@ UniqueHandle ModernJavaVM::launch(LaunchRequest request, bool wait) {
                          StringTable::get(IDS_SECURITY_ERROR_TITLE));
     return UniqueHandle();
   }
+  refuseLostPath(plan());
   return startVmProcess(request, plan().commandLine, wait);
 }
 
 UniqueHandle MicrosoftJavaVM::launch(LaunchRequest request, bool wait) {
   if (plan().refusal == LaunchRefusal::kVmTooOld) throw NoValidVmError(StringTable::get(IDS_NO_VALID_VM));
+  refuseLostPath(plan());
   SetEnvironmentVariableW(L"CLASSPATH", joinClasspath(request.classpath).c_str());
   return startVmProcess(request, plan().commandLine, wait);
 }

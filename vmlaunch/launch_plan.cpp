@@ -3,6 +3,7 @@
 #include "properties/keys.h"
 #include "text/path_text.h"
 #include "vmlaunch/fact_lines.h"
+#include "vmlaunch/short_paths.h"
 #include "vmlaunch/vm_command_line.h"
 #include "vmsearch/vm_program.h"
 
@@ -26,7 +27,13 @@ LaunchRefusal refusalOf(const LaunchPlan& plan, const VmProbe& probe) {
       microsoftBuild(plan.vm.folder, probe) < plan.request.microsoftMinBuild) {
     return LaunchRefusal::kVmTooOld;
   }
-  return LaunchRefusal::kNone;
+  return plan.lostPath.empty() ? LaunchRefusal::kNone : LaunchRefusal::kLostPath;
+}
+
+void makeWritable(std::wstring& path, LaunchPlan& plan, const VmProbe& probe) {
+  WritablePath writable = writablePath(path, probe);
+  if (writable.isLost && plan.lostPath.empty()) plan.lostPath = path;
+  path = std::move(writable.text);
 }
 
 }  // namespace
@@ -37,7 +44,14 @@ LaunchPlan planLaunch(const VmChoice& choice, const LaunchFacts& facts, const Vm
   plan.vm = *choice.chosen;
   LaunchRequest::fillFromProperties(facts, plan.request);
   plan.program = vmProgram(plan.vm, facts.console, probe);
-  plan.commandLine = vmCommandLine(plan.vm, plan.request, plan.program);
+  VmCandidate vm = plan.vm;
+  std::wstring program = plan.program;
+  if (win32ShortPaths(facts.properties)) {
+    for (std::wstring* path : {&program, &vm.folder}) makeWritable(*path, plan, probe);
+    for (std::wstring& path : plan.request.classpath.entries) makeWritable(path, plan, probe);
+    for (std::wstring& path : plan.request.leadingArguments) makeWritable(path, plan, probe);
+  }
+  plan.commandLine = vmCommandLine(vm, plan.request, program);
   plan.facts = factLines(facts);
   // A VM reads its environment in Unicode, its command line in the ANSI code page.
   if (exactArguments(facts.properties) && !facts.tempPropertiesPath.empty()) {

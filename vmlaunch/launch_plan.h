@@ -13,6 +13,7 @@ namespace ryn {
 enum class LaunchRefusal {
   kNone,
   kUnsafeFolder,  ///< the folder security check refuses the folder of its program
+  kLostPath,      ///< a path of the command line cannot be written in the ANSI code page, nor its short form
   kVmTooOld,      ///< the Microsoft VM's build is below the least that the properties ask for
 };
 
@@ -29,6 +30,8 @@ struct LaunchPlan {
   /// Lines of the temporary properties file with the facts of the launch; empty when nobody asks for them.
   std::wstring facts;
   LaunchRefusal refusal = LaunchRefusal::kNone;
+  /// For kLostPath.
+  std::wstring lostPath;
   /// Holds the working folder, and what the start needs beside the command line.
   LaunchRequest request;
 };

@@ -7,6 +7,7 @@
 #include "platform/output.h"
 #include "platform/paths.h"
 #include "platform/registry_key.h"
+#include "platform/short_path.h"
 #include "platform/unique_handle.h"
 #include "platform/wow64.h"
 #include "vmsearch/folder_security.h"
@@ -102,6 +103,14 @@ std::optional<std::wstring> SystemVmProbe::registryText(const std::wstring& key,
 
 bool SystemVmProbe::isAdministrator() const {
   return isCurrentUserAdministrator();
+}
+
+bool SystemVmProbe::fitsAnsi(const std::wstring& text) const {
+  return ryn::fitsAnsi(text);
+}
+
+std::optional<std::wstring> SystemVmProbe::shortPath(const std::wstring& path) const {
+  return ryn::shortPath(path);
 }
 
 bool SystemVmProbe::refusesFolder(const std::wstring& folder) const {

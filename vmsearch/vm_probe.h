@@ -73,6 +73,11 @@ class VmProbe {
 
   virtual bool isAdministrator() const = 0;
 
+  /// The ANSI code page has every character of the text.
+  virtual bool fitsAnsi(const std::wstring& text) const = 0;
+  /// The path by the short names of its volume, which may be the path itself; nothing when it does not exist.
+  virtual std::optional<std::wstring> shortPath(const std::wstring& path) const = 0;
+
   /// True when the current user is an administrator and must not start a VM from `folder`.
   virtual bool refusesFolder(const std::wstring& folder) const = 0;
 

@@ -80,3 +80,21 @@ def test_nothing_is_left_behind(make_plain, runtime):
     app = make_plain("app")
     runs = [app.start(vm=runtime(17) / "bin" / "java.exe") for _ in range(4)]
     assert [told(run.wait())[0] for run in runs] == [[]] * 4
+
+
+@pytest.mark.parametrize("version", VERSIONS)
+def test_folders_beyond_the_code_page(make_plain, runtime, tmp_path, version):
+    app = make_plain("応用 é", ryn__win32__short__paths="true", ryn__launch__arguments="exact",
+                     # Of what is not there, too, nothing may get lost.
+                     ryn__class__path="ryn-start.jar;classes;later.jar;classes/*")
+    temp = tmp_path / "一時"
+    temp.mkdir()
+    names = {name: windows_path(temp) for name in ("TMP", "TEMP")}
+    arguments, properties = told(app.run("文", vm=runtime(version) / "bin" / "java.exe", env=names))
+    assert arguments == ["文"]
+    assert properties["ryn.launch.file"] == windows_path(app.ryn)
+    assert not list(temp.glob("ryn*.tmp"))
+    assert [entry.count("?") for entry in properties["java.class.path"].split(";")] == [0] * 5
+    if version == VERSIONS[0]:
+        app.configure(ryn__nl__java__launcher__main__class="Plain", ryn__class__path="classes")
+        assert app.run(vm=runtime(version) / "bin" / "java.exe", env=names).exit_code == 1

@@ -490,5 +490,49 @@ TEST_F(ResolveVmTest, APlanTellsTheJavaSideWhatItAsksFor) {
   EXPECT_EQ(exact.variables, (EnvironmentMap{{L"RYN_LAUNCH_PROPERTIES", L"C:\\t.tmp"}}));
 }
 
+TEST_F(ResolveVmTest, APlanWritesPathsByTheirShortNames) {
+  registerVm(std::wstring(kJre) + L"17.0.2", L"C:\\\u6587");
+  resolve();
+  machine_.file(L"C:\\\u5fdc\\a.jar");
+  machine_.file(L"C:\\\u5fdc\\t.tmp");
+  machine_.shortPaths = {{L"C:\\\u5fdc", L"C:\\1"},
+                         {L"C:\\\u5fdc\\a.jar", L"C:\\1\\a.jar"},
+                         {L"C:\\\u5fdc\\t.tmp", L"C:\\1\\t.tmp"}};
+  const EnvironmentMap environment;
+  const auto planFor = [&](const std::wstring& text) {
+    PropertyFile properties;
+    properties.parse(L"ryn.nl.java.launcher.main.class=M\n" + text);
+    return planLaunch(choice_,
+                      {.properties = properties,
+                       .propertiesPath = L"C:\\\u5fdc\\none.ryn",
+                       .tempPropertiesPath = L"C:\\\u5fdc\\t.tmp",
+                       .programPath = L"",
+                       .defaultFolder = L"",
+                       .commandLine = L"",
+                       .arguments = {},
+                       .environment = environment},
+                      machine_);
+  };
+  const std::wstring on = L"ryn.win32.short.paths=yes\n";
+  const std::wstring classes = L"ryn.class.path=a.jar;x/*;C:\\\u00e9.jar;C:\\new\\\u6587.jar\n";
+  EXPECT_EQ(planFor(classes).refusal, LaunchRefusal::kNone);
+  // The runtime's own folder has no short name.
+  LaunchPlan plan = planFor(on + classes);
+  EXPECT_EQ(plan.refusal, LaunchRefusal::kLostPath);
+  EXPECT_EQ(plan.lostPath, L"C:\\\u6587\\bin\\javaw.exe");
+
+  machine_.shortPaths[L"C:\\\u6587\\bin\\javaw.exe"] = L"C:\\2\\bin\\javaw.exe";
+  plan = planFor(on + classes);
+  EXPECT_EQ(plan.refusal, LaunchRefusal::kNone);
+  EXPECT_EQ(plan.program, L"C:\\\u6587\\bin\\javaw.exe");
+  EXPECT_TRUE(plan.commandLine.starts_with(L"\"C:\\2\\bin\\javaw.exe\" "));
+  EXPECT_TRUE(plan.commandLine.ends_with(
+      L" -classpath \"C:\\1\\a.jar;C:\\1\\x\\*;C:\\\u00e9.jar;C:\\new\\\u6587.jar;\" M "
+      L"\"C:/1/none.ryn\" \"C:/1/t.tmp\" "));
+  // A wildcard is as lost as its folder.
+  machine_.folder(L"C:\\\u6587");
+  EXPECT_EQ(planFor(on + L"ryn.class.path=C:\\\u6587\\*\n").lostPath, L"C:\\\u6587\\*");
+}
+
 }  // namespace
 }  // namespace ryn

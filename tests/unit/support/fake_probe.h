@@ -102,6 +102,13 @@ class FakeProbe final : public VmProbe {
     return values->second.at(name);
   }
   bool isAdministrator() const override { return administrator; }
+  bool fitsAnsi(const std::wstring& text) const override {
+    return std::all_of(text.begin(), text.end(), [](wchar_t c) { return c < 256; });
+  }
+  std::optional<std::wstring> shortPath(const std::wstring& path) const override {
+    const auto found = shortPaths.find(path);
+    return found == shortPaths.end() ? path : found->second;
+  }
   bool refusesFolder(const std::wstring& folder) const override {
     return administrator && unsafe.contains(folder);
   }
@@ -122,6 +129,7 @@ class FakeProbe final : public VmProbe {
   std::optional<std::vector<std::wstring>> drives = std::vector<std::wstring>{L"C:\\"};
   bool wow64 = false;
   bool administrator = false;
+  std::map<std::wstring, std::wstring> shortPaths;
   std::set<std::wstring> unsafe;
   std::map<std::wstring, ValidatorAnswer> answers;
 
