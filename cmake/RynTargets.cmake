@@ -40,7 +40,7 @@ if(WIN32)
     $<$<CONFIG:MinSizeRel>:-s>)
 endif()
 
-# Rules throw nothing of their own. What passes through them is a lack of memory, which ends the program; cleaning up
+# Rules, and the thin layer above Windows that they ask, throw nothing of their own. What passes through them is a lack of memory, which ends the program; cleaning up
 # behind them for that would be a tenth of its code. (Their frames are unwound all the same, their destructors do not
 # run.) Only for sources that neither throw nor hold what outlives the process.
 set(RYN_RULES_OPTIONS $<$<CONFIG:MinSizeRel>:-fno-exceptions>)

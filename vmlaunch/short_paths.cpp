@@ -1,7 +1,7 @@
 #include "vmlaunch/short_paths.h"
 
-#include "platform/paths.h"
-#include "platform/text.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace ryn {
 
