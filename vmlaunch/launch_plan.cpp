@@ -47,7 +47,9 @@ LaunchPlan planLaunch(const VmChoice& choice, const LaunchFacts& facts, const Vm
   VmCandidate vm = plan.vm;
   std::wstring program = plan.program;
   if (win32ShortPaths(facts.properties)) {
-    for (std::wstring* path : {&program, &vm.folder}) makeWritable(*path, plan, probe);
+    makeWritable(program, plan, probe);
+    // Only these have a part of their class path there.
+    if (dialectOf(vm) == VmDialect::kClassic) makeWritable(vm.folder, plan, probe);
     for (std::wstring& path : plan.request.classpath.entries) makeWritable(path, plan, probe);
     for (std::wstring& path : plan.request.leadingArguments) makeWritable(path, plan, probe);
   }
