@@ -134,6 +134,10 @@ bool win32ShortPaths(const PropertyFile& properties) {
   return parseBoolean(properties.get(L"ryn.win32.short.paths"));
 }
 
+std::wstring userOptionsFile(const PropertyFile& properties) {
+  return properties.get(L"ryn.user.options");
+}
+
 int32_t microsoftVmMinVersion(const PropertyFile& properties) {
   return parseInteger(text(properties, L"ryn.nl.win32.microsoftvm.min.version", L"0"));
 }

@@ -86,6 +86,8 @@ bool tellsJavaSide(const PropertyFile& properties);
 bool exactArguments(const PropertyFile& properties);
 /// Paths that the ANSI code page cannot write are handed to the VM by their short names.
 bool win32ShortPaths(const PropertyFile& properties);
+/// Path of a file with further VM options, with "%NAME%" for variables.
+std::wstring userOptionsFile(const PropertyFile& properties);
 /// Lowest acceptable build of the Microsoft VM.
 int32_t microsoftVmMinVersion(const PropertyFile& properties);
 /// Which bitness classes are acceptable; 1 when absent, which admits class 1 only.

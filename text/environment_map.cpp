@@ -27,4 +27,18 @@ std::wstring variableIn(const EnvironmentMap& environment, std::wstring_view nam
   return found == environment.end() ? std::wstring() : found->second;
 }
 
+std::optional<std::wstring> expandVariables(std::wstring_view text, const EnvironmentMap& environment) {
+  std::wstring result;
+  for (;;) {
+    const size_t begin = text.find(L'%');
+    const size_t end = begin == std::wstring_view::npos ? begin : text.find(L'%', begin + 1);
+    if (end == std::wstring_view::npos) return result.append(text);
+    result += text.substr(0, begin);
+    const std::wstring value = variableIn(environment, text.substr(begin + 1, end - begin - 1));
+    if (value.empty()) return std::nullopt;
+    result += value;
+    text.remove_prefix(end + 1);
+  }
+}
+
 }  // namespace ryn

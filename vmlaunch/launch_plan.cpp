@@ -4,7 +4,6 @@
 #include "text/path_text.h"
 #include "vmlaunch/fact_lines.h"
 #include "vmlaunch/short_paths.h"
-#include "vmlaunch/vm_command_line.h"
 #include "vmsearch/vm_program.h"
 
 namespace ryn {
@@ -44,6 +43,7 @@ LaunchPlan planLaunch(const VmChoice& choice, const LaunchFacts& facts, const Vm
   plan.vm = *choice.chosen;
   LaunchRequest::fillFromProperties(facts, plan.request);
   plan.program = vmProgram(plan.vm, facts.console, probe);
+  plan.request.userOptions = readUserOptions(facts, probe);
   VmCandidate vm = plan.vm;
   std::wstring program = plan.program;
   if (win32ShortPaths(facts.properties)) {
@@ -53,6 +53,7 @@ LaunchPlan planLaunch(const VmChoice& choice, const LaunchFacts& facts, const Vm
     for (std::wstring& path : plan.request.classpath.entries) makeWritable(path, plan, probe);
     for (std::wstring& path : plan.request.leadingArguments) makeWritable(path, plan, probe);
   }
+  plan.options = vmOptions(vm, plan.request);
   plan.commandLine = vmCommandLine(vm, plan.request, program);
   plan.facts = factLines(facts);
   // A VM reads its environment in Unicode, its command line in the ANSI code page.

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "vmlaunch/launch_request.h"
+#include "vmlaunch/vm_command_line.h"
 #include "vmsearch/vm_choice.h"
 #include "vmsearch/vm_probe.h"
 
@@ -25,6 +26,8 @@ struct LaunchPlan {
   /// Full path of the VM's program; not tested for existence when it is the last resort of its kind.
   std::wstring program;
   std::wstring commandLine;
+  /// The options on it and who asked for them.
+  std::vector<VmOption> options;
   /// What the VM's environment gets beside this process's own.
   EnvironmentMap variables;
   /// Lines of the temporary properties file with the facts of the launch; empty when nobody asks for them.

@@ -7,6 +7,7 @@
 
 #include "properties/property_file.h"
 #include "text/environment_map.h"
+#include "vmlaunch/user_options.h"
 
 namespace ryn {
 
@@ -48,6 +49,8 @@ struct LaunchRequest {
   std::wstring gcExtent;
   /// Handed to the VM verbatim.
   std::wstring additionalOptions;
+  /// Handed to the VM verbatim, behind those.
+  UserOptions userOptions;
   /// "", "gc" or "class".
   std::wstring verbosityOption;
   /// "true" asks for the folder security check.

@@ -20,15 +20,8 @@ class CommandLineText {
   explicit CommandLineText(const std::wstring& executable) : text_(quoted(executable)) {}
 
   void option(const std::wstring& text) { text_.append(L" ").append(text); }
-  void optionIf(bool condition, const wchar_t* text) {
-    if (condition) option(text);
-  }
-  void suffix(const std::wstring& text) { text_ += text; }
-  void heap(const wchar_t* text, int64_t bytes) {
-    if (bytes > 0) option(text + decimal(bytes));
-  }
-  void additional(const std::wstring& options) {
-    if (!options.empty()) option(options);
+  void options(const std::vector<VmOption>& options) {
+    for (const VmOption& each : options) option(each.text);
   }
   std::wstring finish(const LaunchRequest& request) {
     option(request.mainClass);
@@ -40,7 +33,74 @@ class CommandLineText {
   std::wstring text_;
 };
 
+/// Collects options with those who asked for them.
+class OptionList {
+ public:
+  void own(const wchar_t* text) { options_.push_back({OptionOrigin::kLauncher, text}); }
+  void add(std::wstring text) { options_.push_back({OptionOrigin::kProperties, std::move(text)}); }
+  void addIf(bool condition, const wchar_t* text) {
+    if (condition) add(text);
+  }
+  void heap(const wchar_t* text, int64_t bytes) {
+    if (bytes > 0) add(text + decimal(bytes));
+  }
+  std::vector<VmOption> finish(const LaunchRequest& request) {
+    if (!request.additionalOptions.empty()) add(request.additionalOptions);
+    for (const std::wstring& line : request.userOptions.lines)
+      options_.push_back({OptionOrigin::kUser, line});
+    return std::move(options_);
+  }
+
+ private:
+  std::vector<VmOption> options_;
+};
+
+std::vector<VmOption> classicOptions(const LaunchRequest& request) {
+  OptionList list;
+  list.heap(L"-ms", request.heapInitial);
+  list.heap(L"-mx", request.heapMax);
+  list.addIf(request.verbose, L"-verbose");
+  list.addIf(request.debugging, L"-debug");
+  list.addIf(request.noAsyncGc, L"-noasyncgc");
+  list.addIf(request.noJit, L"-nojit");
+  list.addIf(!request.gcExtent.empty(), L"-noclassgc");
+  return list.finish(request);
+}
+
+std::vector<VmOption> modernOptions(const LaunchRequest& request, JavaVersion version) {
+  const int major = version.generation();
+  OptionList list;
+  if (major >= kFirstModular) {
+    list.own(L"--add-opens java.base/jdk.internal.loader=ALL-UNNAMED");
+    if (major >= kFirstRestrictedNative) list.own(L"--enable-native-access=ALL-UNNAMED");
+    list.own(L"-Dsun.java2d.uiScale.enabled=false");
+    list.own(L"-Djava.locale.useOldISOCodes=true");
+  }
+  list.heap(L"-Xms", request.heapInitial);
+  list.heap(L"-Xmx", request.heapMax);
+  if (request.verbose) {
+    list.add(concat({L"-verbose", request.verbosityOption.empty() ? L"" : L":", request.verbosityOption}));
+  }
+  list.addIf(request.debugging, L"-Xdebug");
+  list.addIf(request.noAsyncGc, L"-Xnoasyncgc");
+  list.addIf(request.noJit, L"-Djava.compiler=off");
+  list.addIf(!request.gcExtent.empty(), L"-Xnoclassgc");
+  return list.finish(request);
+}
+
 }  // namespace
+
+std::vector<VmOption> vmOptions(const VmCandidate& vm, const LaunchRequest& request) {
+  switch (dialectOf(vm)) {
+    case VmDialect::kClassic:
+      return classicOptions(request);
+    case VmDialect::kMicrosoft:
+      return {};
+    case VmDialect::kModern:
+      break;
+  }
+  return modernOptions(request, vm.version);
+}
 
 std::wstring applicationArgumentText(const LaunchRequest& request) {
   std::wstring text;
@@ -65,14 +125,7 @@ std::wstring classicCommandLine(const LaunchRequest& request, const std::wstring
   const bool runtime = name == L"jre.exe" || name == L"jrew.exe";
 
   CommandLineText line(executable);
-  line.heap(L"-ms", request.heapInitial);
-  line.heap(L"-mx", request.heapMax);
-  line.optionIf(request.verbose, L"-verbose");
-  line.optionIf(request.debugging, L"-debug");
-  line.optionIf(request.noAsyncGc, L"-noasyncgc");
-  line.optionIf(request.noJit, L"-nojit");
-  line.optionIf(!request.gcExtent.empty(), L"-noclassgc");
-  line.additional(request.additionalOptions);
+  line.options(classicOptions(request));
   // The old runtime's -classpath would replace its own classes.
   line.option(runtime ? L"-cp" : L"-classpath");
   line.option(quoted(joinClasspath(classpath)));
@@ -81,24 +134,8 @@ std::wstring classicCommandLine(const LaunchRequest& request, const std::wstring
 
 std::wstring modernCommandLine(const LaunchRequest& request, const std::wstring& executable,
                                JavaVersion version) {
-  const int major = version.generation();
-
   CommandLineText line(executable);
-  if (major >= kFirstModular) {
-    line.option(L"--add-opens java.base/jdk.internal.loader=ALL-UNNAMED");
-    line.optionIf(major >= kFirstRestrictedNative, L"--enable-native-access=ALL-UNNAMED");
-    line.option(L"-Dsun.java2d.uiScale.enabled=false");
-    line.option(L"-Djava.locale.useOldISOCodes=true");
-  }
-  line.heap(L"-Xms", request.heapInitial);
-  line.heap(L"-Xmx", request.heapMax);
-  line.optionIf(request.verbose, L"-verbose");
-  if (!request.verbosityOption.empty()) line.suffix(L":" + request.verbosityOption);
-  line.optionIf(request.debugging, L"-Xdebug");
-  line.optionIf(request.noAsyncGc, L"-Xnoasyncgc");
-  line.optionIf(request.noJit, L"-Djava.compiler=off");
-  line.optionIf(!request.gcExtent.empty(), L"-Xnoclassgc");
-  line.additional(request.additionalOptions);
+  line.options(modernOptions(request, version));
   line.option(L"-classpath");
   line.option(quoted(joinClasspath(request.classpath)));
   return line.finish(request);

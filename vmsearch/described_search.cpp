@@ -39,22 +39,6 @@ std::wstring executableName(const VmDescription& description) {
   return name;
 }
 
-// `text` with each "%NAME%" replaced by that variable, names compared ignoring case; nothing when one of them
-// is unset or empty, because what is left would name some other place.
-std::optional<std::wstring> expandVariables(std::wstring_view text, const EnvironmentMap& environment) {
-  std::wstring result;
-  for (;;) {
-    const size_t begin = text.find(L'%');
-    const size_t end = begin == std::wstring_view::npos ? begin : text.find(L'%', begin + 1);
-    if (end == std::wstring_view::npos) return result.append(text);
-    result += text.substr(0, begin);
-    const std::wstring value = variableIn(environment, text.substr(begin + 1, end - begin - 1));
-    if (value.empty()) return std::nullopt;
-    result += value;
-    text.remove_prefix(end + 1);
-  }
-}
-
 // What a search needs of a description that has something to say about VMs of this system.
 struct Described {
   std::wstring path;

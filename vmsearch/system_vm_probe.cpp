@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "platform/elevation.h"
 #include "platform/files.h"
 #include "platform/image_bitness.h"
 #include "platform/output.h"
@@ -103,6 +104,10 @@ std::optional<std::wstring> SystemVmProbe::registryText(const std::wstring& key,
 
 bool SystemVmProbe::isAdministrator() const {
   return isCurrentUserAdministrator();
+}
+
+bool SystemVmProbe::isElevated() const {
+  return isElevatedProcess();
 }
 
 bool SystemVmProbe::fitsAnsi(const std::wstring& text) const {

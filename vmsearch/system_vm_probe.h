@@ -26,6 +26,7 @@ class SystemVmProbe final : public VmProbe {
   std::optional<std::wstring> registryText(const std::wstring& key, RegistryView view,
                                            const std::wstring& name) const override;
   bool isAdministrator() const override;
+  bool isElevated() const override;
   bool fitsAnsi(const std::wstring& text) const override;
   std::optional<std::wstring> shortPath(const std::wstring& path) const override;
   bool refusesFolder(const std::wstring& folder) const override;

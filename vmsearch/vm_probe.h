@@ -72,6 +72,8 @@ class VmProbe {
   ///@}
 
   virtual bool isAdministrator() const = 0;
+  /// This process has rights that its user's other programs lack.
+  virtual bool isElevated() const = 0;
 
   /// The ANSI code page has every character of the text.
   virtual bool fitsAnsi(const std::wstring& text) const = 0;

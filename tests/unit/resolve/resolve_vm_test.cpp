@@ -534,5 +534,49 @@ TEST_F(ResolveVmTest, APlanWritesPathsByTheirShortNames) {
   EXPECT_EQ(planFor(on + L"ryn.class.path=C:\\\u6587\\*\n").lostPath, L"C:\\\u6587\\*");
 }
 
+TEST_F(ResolveVmTest, APlanTakesTheUsersOptions) {
+  registerVm(std::wstring(kJre) + L"1.8.0", L"C:\\jre8");
+  resolve();
+  // UTF-8, one character for each byte.
+  machine_.texts[L"D:\\me\\a.vmoptions"] =
+      L"\u00ef\u00bb\u00bf# mine\n -Xmx1g -Da=b \r\n\n  #no\n-Dc=\u00c3\u00a9";
+  const EnvironmentMap environment = {{L"appdata", L"D:\\me"}};
+  const auto planFor = [&](const std::wstring& file, bool service) {
+    PropertyFile properties;
+    properties.parse(L"ryn.nl.java.option.additional=-Dx\nryn.user.options=" + file + L"\n");
+    return planLaunch(choice_,
+                      {.properties = properties,
+                       .propertiesPath = L"D:\\me\\a.ryn",
+                       .tempPropertiesPath = L"",
+                       .programPath = L"",
+                       .defaultFolder = L"",
+                       .commandLine = L"",
+                       .arguments = {},
+                       .environment = environment,
+                       .service = service},
+                      machine_);
+  };
+  const auto textOf = [](const LaunchPlan& plan) {
+    std::wstring text;
+    for (const VmOption& option : plan.options) {
+      text += (option.origin == OptionOrigin::kUser ? L"|user:" : L"|") + option.text;
+    }
+    return text;
+  };
+  const std::wstring user = L"|-Dx|user:-Xmx1g -Da=b|user:-Dc=\u00e9";
+  EXPECT_EQ(textOf(planFor(L"%APPDATA%/a.vmoptions", false)), user);
+  const LaunchPlan plan = planFor(L"a.vmoptions", false);
+  EXPECT_EQ(textOf(plan), user);
+  EXPECT_NE(plan.commandLine.find(L"javaw.exe\" -Dx -Xmx1g -Da=b -Dc=\u00e9 -classpath "),
+            std::wstring::npos);
+  for (const wchar_t* file : {L"none.vmoptions", L"%NONE%\\a.vmoptions", L""}) {
+    EXPECT_EQ(textOf(planFor(file, false)), L"|-Dx") << file;
+  }
+  EXPECT_TRUE(planFor(L"a.vmoptions", true).request.userOptions.isRefused);
+  EXPECT_EQ(textOf(planFor(L"a.vmoptions", true)), L"|-Dx -Xrs");
+  machine_.elevated = true;
+  EXPECT_EQ(textOf(planFor(L"a.vmoptions", false)), L"|-Dx");
+}
+
 }  // namespace
 }  // namespace ryn

@@ -102,6 +102,7 @@ class FakeProbe final : public VmProbe {
     return values->second.at(name);
   }
   bool isAdministrator() const override { return administrator; }
+  bool isElevated() const override { return elevated; }
   bool fitsAnsi(const std::wstring& text) const override {
     return std::all_of(text.begin(), text.end(), [](wchar_t c) { return c < 256; });
   }
@@ -129,6 +130,7 @@ class FakeProbe final : public VmProbe {
   std::optional<std::vector<std::wstring>> drives = std::vector<std::wstring>{L"C:\\"};
   bool wow64 = false;
   bool administrator = false;
+  bool elevated = false;
   std::map<std::wstring, std::wstring> shortPaths;
   std::set<std::wstring> unsafe;
   std::map<std::wstring, ValidatorAnswer> answers;
