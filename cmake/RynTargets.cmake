@@ -40,12 +40,12 @@ if(WIN32)
     $<$<CONFIG:MinSizeRel>:-s>)
 endif()
 
-# Rules, and the thin layer above Windows that they ask, throw nothing of their own. What passes through them is a lack of memory, which ends the program; cleaning up
-# behind them for that would be a tenth of its code. (Their frames are unwound all the same, their destructors do not
-# run.) Only for sources that neither throw nor hold what outlives the process.
+# Rules, searches and provisioning throw nothing of their own. What passes through them is a lack of memory, which ends
+# the program; cleaning up behind them for that would be a tenth of its code. (Their frames are unwound all the same,
+# their destructors do not run; what Windows holds for the process, it takes back.) Only for sources without "throw".
 set(RYN_RULES_OPTIONS $<$<CONFIG:MinSizeRel>:-fno-exceptions>)
 
-# ryn_library(NAME [RULES] SOURCES ... LINKS ...): one folder's static library; RULES for one that is nothing else.
+# ryn_library(NAME [RULES] SOURCES ... LINKS ...): one folder's static library; RULES for one of these.
 function(ryn_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "RULES" "" "SOURCES;LINKS")
   add_library(${name} STATIC ${arg_SOURCES})

@@ -61,11 +61,6 @@ std::optional<std::wstring> RegistryKey::tryQueryString(const std::wstring& name
   return text;
 }
 
-std::vector<std::wstring> RegistryKey::subkeyNames() const {
-  if (!handle_) throw KeyException(kKeyNotOpen, L"");
-  return listSubkeys(handle_.get(), &RegEnumKeyExW);
-}
-
 std::vector<std::wstring> listSubkeys(HKEY key, decltype(&RegEnumKeyExW) enumerate) {
   std::vector<std::wstring> names;
   wchar_t name[256] = L"";

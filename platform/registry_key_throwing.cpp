@@ -42,4 +42,9 @@ std::wstring RegistryKey::queryString(const std::wstring& name) const {
   return text;
 }
 
+std::vector<std::wstring> RegistryKey::subkeyNames() const {
+  if (!handle_) throw KeyException(kKeyNotOpen, L"");
+  return listSubkeys(handle_.get(), &RegEnumKeyExW);
+}
+
 }  // namespace ryn

@@ -1,7 +1,6 @@
 #include "properties/keys.h"
 
 #include <algorithm>
-#include <cwchar>
 
 #include "text/text.h"
 
@@ -28,7 +27,7 @@ uint64_t parseSize(std::wstring_view text) {
   if (digits.ends_with(L'k')) multiplier = 1024;
   if (digits.ends_with(L'm')) multiplier = uint64_t{1024} * 1024;
   if (multiplier != 1) digits.pop_back();
-  return std::wcstoull(digits.c_str(), nullptr, 10) * multiplier;
+  return parseUnsigned(digits) * multiplier;
 }
 
 std::wstring currentVm(const PropertyFile& properties) {

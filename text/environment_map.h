@@ -22,8 +22,8 @@ std::wstring pathVariable(const EnvironmentMap& environment);
 /// The value of the variable `name`, names compared as Windows does; empty when there is none.
 std::wstring variableIn(const EnvironmentMap& environment, std::wstring_view name);
 
-/// `text` with each "%NAME%" replaced by that variable, names compared ignoring case; nothing when one of them is unset or
-/// empty, because what is left would name some other place.
+/// `text` with each "%NAME%" replaced by that variable, names compared ignoring case; nothing when one of
+/// them is unset or empty, because what is left would name some other place.
 std::optional<std::wstring> expandVariables(std::wstring_view text, const EnvironmentMap& environment);
 
 }  // namespace ryn

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 
 namespace ryn {
 namespace {
@@ -93,18 +94,40 @@ std::wstring hexadecimal(std::span<const uint8_t> bytes) {
   return text;
 }
 
-int parseInteger(std::wstring_view text) {
+namespace {
+
+struct Digits {
+  bool negative = false;
+  // At most `limit` of readDigits.
+  uint64_t magnitude = 0;
+};
+
+// A number as the C library's functions read it: blanks, a sign, digits up to the first other character.
+Digits readDigits(std::wstring_view text, uint64_t limit) {
   size_t at = 0;
   while (at < text.size() && (text[at] == L' ' || (text[at] >= L'\t' && text[at] <= L'\r'))) ++at;
-  const bool negative = at < text.size() && text[at] == L'-';
+  Digits result;
+  result.negative = at < text.size() && text[at] == L'-';
   if (at < text.size() && (text[at] == L'-' || text[at] == L'+')) ++at;
-  // Digits beyond the limit change nothing more, however many there are.
-  const long long limit = negative ? -static_cast<long long>(INT_MIN) : INT_MAX;
-  long long number = 0;
   for (; at < text.size() && text[at] >= L'0' && text[at] <= L'9'; ++at) {
-    number = std::min(number * 10 + (text[at] - L'0'), limit);
+    const auto digit = static_cast<uint64_t>(text[at] - L'0');
+    const bool over = result.magnitude > (limit - digit) / 10;
+    result.magnitude = over ? limit : result.magnitude * 10 + digit;
   }
-  return static_cast<int>(negative ? -number : number);
+  return result;
+}
+
+}  // namespace
+
+int parseInteger(std::wstring_view text) {
+  const Digits digits = readDigits(text, uint64_t{INT_MAX} + 1);
+  const auto value = static_cast<int64_t>(digits.magnitude);
+  return static_cast<int>(digits.negative ? -value : std::min<int64_t>(value, INT_MAX));
+}
+
+uint64_t parseUnsigned(std::wstring_view text) {
+  const Digits digits = readDigits(text, UINT64_MAX);
+  return digits.negative && digits.magnitude != UINT64_MAX ? 0 - digits.magnitude : digits.magnitude;
 }
 
 std::wstring widenBytes(std::string_view bytes) {

@@ -44,6 +44,9 @@ std::wstring hexadecimal(std::span<const uint8_t> bytes);
 /// Values beyond 32 bits are clamped.
 int parseInteger(std::wstring_view text);
 
+/// The same in the manner of `strtoull`: a sign makes the number wrap, and too many digits give the largest.
+uint64_t parseUnsigned(std::wstring_view text);
+
 /// Each byte as one character (Latin-1).
 std::wstring widenBytes(std::string_view bytes);
 

@@ -93,7 +93,7 @@ std::optional<std::vector<std::wstring>> SystemVmProbe::subkeyNames(const std::w
                                                                     RegistryView view) const {
   const std::optional<RegistryKey> opened = openKey(key, view);
   if (!opened) return std::nullopt;
-  return opened->subkeyNames();
+  return listSubkeys(opened->handle(), &RegEnumKeyExW);
 }
 
 std::optional<std::wstring> SystemVmProbe::registryText(const std::wstring& key, RegistryView view,

@@ -6,6 +6,7 @@
 
 // linkage/crc32.cpp, built under this name beside zlib's own.
 extern "C" uLong standInCrc32(uLong before, const Bytef* data, uInt size);
+extern "C" uLong standInAdler32(uLong before, const Bytef* data, uInt size);
 
 TEST(Crc32Test, IsThatOfZlib) {
   std::vector<Bytef> bytes(80);
@@ -18,4 +19,5 @@ TEST(Crc32Test, IsThatOfZlib) {
     }
   }
   EXPECT_EQ(standInCrc32(7, Z_NULL, 0), crc32(7, Z_NULL, 0));
+  EXPECT_EQ(standInAdler32(7, bytes.data(), 80), adler32(7, bytes.data(), 80));
 }
