@@ -194,6 +194,7 @@ class Result:
     stderr: bytes
     boxes: list
     console: list
+    held: bool
     records: list
 
     @property
@@ -268,7 +269,7 @@ class Run:
         assert report["startError"] == ["0"], f"not started: error {report['startError']}"
         assert report["timedOut"] == ["0"], f"still running after {self._limit} s; boxes: {boxes}"
         return Result(int(report["exitCode"][0]), (self._folder / "stdout").read_bytes(),
-                      (self._folder / "stderr").read_bytes(), boxes, report["row"], self.records())
+                      (self._folder / "stderr").read_bytes(), boxes, report["row"], report["held"] == ["1"], self.records())
 
     def end(self):
         """The runner takes all that it started with it."""

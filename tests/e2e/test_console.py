@@ -32,7 +32,7 @@ def test_console_is_opened(app, tail, properties, title, handles):
     assert [line[:5] for line in result.console[:2]] == ["cwd: ", "cmd: "]
     assert r"\Größe文\bin\java.exe" in "".join(result.console)
     assert result.console[-1].startswith("said by the VM" + PROMPT)
-    assert (result.stdout, result.stderr) == (b"", b"")
+    assert result.held and (result.stdout, result.stderr) == (b"", b"")
     assert result.arguments == tail.split()
     assert console_lines(result) == []
 
