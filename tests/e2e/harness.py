@@ -123,9 +123,9 @@ class Host:
         assert not check or done.returncode == 0, (arguments, done.returncode)
         return done.returncode
 
-    def signal(self, event):
-        """Sets a named event, such as the one that a stand-in VM waits for."""
-        self._request(f"signal={event}")
+    def signal(self, event, check=True):
+        """Sets a named event, such as the one that a stand-in VM waits for; says whether there was one."""
+        return self._request(f"signal={event}", check)
 
     def close_window(self, title):
         """Asks a window to close, as its button does."""
@@ -135,11 +135,11 @@ class Host:
         """Posts a message to a window, as any program of the desktop can."""
         self._request(f"post={message} {wide} {long} {title}")
 
-    def _request(self, line):
+    def _request(self, line, check=True):
         with tempfile.NamedTemporaryFile("w", encoding="utf-16-le") as request:
             request.write(line + "\n")
             request.flush()
-            self.wine(FIXTURES / "runner.exe", windows_path(request.name))
+            return self.wine(FIXTURES / "runner.exe", windows_path(request.name), check=check) == 0
 
     def system_folder(self):
         return self.prefix / "drive_c" / "windows" / "system32"

@@ -124,6 +124,8 @@ def test_standard_handles_are_the_launchers(app):
     assert result.stderr.startswith(b"cwd: ")
     for name in ("stdin", "stdout", "stderr"):
         assert result.record[name] == "disk"
+    # Named in the start-up record, and not by what the C runtime of whoever started the launcher left there.
+    assert (result.record["namesHandles"], result.record["inheritedFiles"]) == ("1", "0")
 
 
 def test_without_standard_handles(app):

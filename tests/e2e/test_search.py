@@ -118,7 +118,8 @@ def test_current_vm(search):
 def test_vm_in_the_system_folder(app, registry, host):
     registry.add({JAVASOFT + "Java Runtime Environment": {"CurrentVersion": "1.6"},
                   JAVASOFT + "Java Runtime Environment\\1.6": {"MicroVersion": "0"}})
-    programs = [host.system_folder() / name for name in ("java.exe", "javaw.exe")]
+    # No folder below it counts.
+    programs = [host.system_folder() / name for name in ("java.exe", "javaw.exe", "bin/java.exe", "bin/javaw.exe")]
     try:
         for program in programs:
             install_stand_in(program, "plain")
@@ -127,5 +128,6 @@ def test_vm_in_the_system_folder(app, registry, host):
     finally:
         for program in programs:
             program.unlink()
+        program.parent.rmdir()
     assert result.boxes == []
     assert result.record["program"].lower() == r"c:\windows\system32\javaw.exe"
