@@ -76,6 +76,14 @@ def test_arguments_of_a_user(make_plain, runtime, text, expected):
     assert told(app.run(text, vm=runtime(17) / "bin" / "java.exe"))[0] == expected
 
 
+def test_elevated_start_reads_no_options_of_a_user(make_plain, runtime):
+    app = make_plain("app", ryn__user__options="app.vmoptions")
+    (app.folder / "app.vmoptions").write_text("-Dmine=1")
+    # As every program of the prefix is.
+    result = app.run(vm=runtime(17) / "bin" / "java.exe")
+    assert "mine" not in told(result)[1] and f"{QUIET} -classpath" in result.logged("cmd")
+
+
 def test_nothing_is_left_behind(make_plain, runtime):
     app = make_plain("app")
     runs = [app.start(vm=runtime(17) / "bin" / "java.exe") for _ in range(4)]
