@@ -47,8 +47,8 @@ inline Bytes makeImage(bool is64Bit, const Resources& resources, std::string_vie
   writeU16(bytes, optional + 70, 0x160);
   writeU32(bytes, optional + fixedSize - 4, 16);
   const auto setDirectory = [&](unsigned index, uint32_t address, uint32_t size) {
-    writeU32(bytes, optional + fixedSize + 8 * index, address);
-    writeU32(bytes, optional + fixedSize + 8 * index + 4, size);
+    writeU32(bytes, optional + fixedSize + size_t{8} * index, address);
+    writeU32(bytes, optional + fixedSize + size_t{8} * index + 4, size);
   };
   setDirectory(kResourceDirectory, 0x2000, 16);
   setDirectory(kRelocationDirectory, 0x3000, 12);

@@ -184,7 +184,7 @@ TEST(VersionInfoTest, ReadsWhatItWritesAndOtherOrders) {
   EXPECT_EQ(versionText(info.fileVersion), L"2.4.0.17");
 
   // The other part first, as some compilers write it: 40 bytes of header and key, 52 of numbers.
-  const auto split = static_cast<std::ptrdiff_t>(92 + (readU16(bytes, 92) + 3) / 4 * 4);
+  const auto split = std::ptrdiff_t{92} + (readU16(bytes, 92) + 3) / 4 * 4;
   Bytes swapped(bytes.begin(), bytes.begin() + 92);
   swapped.insert(swapped.end(), bytes.begin() + split, bytes.end());
   swapped.insert(swapped.end(), bytes.begin() + 92, bytes.begin() + split);
@@ -275,7 +275,7 @@ TEST(IconTest, RefusesWhatWindowsWouldNotShow) {
       {png(16, 16, 8, 3), "its pixels are not red, green, blue and transparency of 8 bits each (RGBA)"},
       {png(16, 16, 8, 1), "its PNG data are damaged"},
   };
-  for (const auto& [file, text] : rows) EXPECT_EQ(complaint([&] { readIcon(file); }), text);
+  for (const auto& [file, text] : rows) EXPECT_EQ(complaint([&bytes = file] { readIcon(bytes); }), text);
 }
 
 TEST(StringBlockTest, ReadsAndReplacesTexts) {

@@ -138,7 +138,7 @@ TEST(BrandingTest, RefusesWhatDoesNotFit) {
        "the text for a missing Java in the language 1031 is 256 characters long, of which the launcher shows "
        "255"}};
   for (const auto& [branding, text] : rows)
-    EXPECT_EQ(complaint([&] { brand(makeLauncher(), branding); }), text);
+    EXPECT_EQ(complaint([&wanted = branding] { brand(makeLauncher(), wanted); }), text);
   EXPECT_EQ(complaint([] { brand(test::makeImage(true, {}), {.name = L"a"}); }),
             "it is not the launcher: it lacks its icon or its texts");
 }
