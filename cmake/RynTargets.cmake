@@ -5,6 +5,8 @@ target_compile_features(ryn_build_flags INTERFACE cxx_std_20)
 target_include_directories(ryn_build_flags INTERFACE "${CMAKE_SOURCE_DIR}")
 target_compile_options(ryn_build_flags INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wconversion -Wshadow>
+  # GCC leaves this out of -Wconversion, too.
+  $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wno-sign-conversion>
   $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<BOOL:${RYN_WARNINGS_AS_ERRORS}>>:-Werror>
   # No -ffunction-sections: on Windows the unwind tables keep every section, and each is padded to 16 bytes.
   $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>
