@@ -73,5 +73,20 @@ TEST(EnvironmentLinesTest, WritesThreeLinesPerVariable) {
   for (const auto& [environment, lines] : rows) EXPECT_EQ(environmentLines(environment), lines);
 }
 
+TEST(KeysTest, ReadValues) {
+  for (const wchar_t* yes : {L"true", L"YES", L"On"}) EXPECT_TRUE(parseBoolean(yes)) << std::wstring(yes);
+  for (const wchar_t* no : {L"", L"1", L"t", L"true "}) EXPECT_FALSE(parseBoolean(no)) << std::wstring(no);
+  const std::pair<const wchar_t*, uint64_t> sizes[] = {{L"", 0},      {L"k", 0},        {L" 12x", 12},
+                                                       {L"3K", 3072}, {L"2m", 2 << 20}, {L"-1", UINT64_MAX},
+                                                       {L"4kk", 4096}};
+  for (const auto& [text, size] : sizes) EXPECT_EQ(parseSize(text), size) << std::wstring(text);
+  PropertyFile file;
+  EXPECT_EQ(launcherPlatform(file), 1u);
+  EXPECT_EQ(applicationName(file), L"Kestrune");
+  file.parse(L"ryn.service.stop.seconds=-5\nryn.class.path=a;$ENV_CLASSPATH$;$ENV_CLASSPATH$\n");
+  EXPECT_EQ(serviceStopSeconds(file), 0u);
+  EXPECT_EQ(classPath(file, {{L"ClassPath", L"b"}}), L"a;b;$ENV_CLASSPATH$");
+}
+
 }  // namespace
 }  // namespace ryn

@@ -103,20 +103,5 @@ TEST_F(PackArchiveTest, DamagedEntriesAreToldApart) {
   EXPECT_EQ(extracted(L"good"), data);
 }
 
-TEST_F(PackArchiveTest, ClaimedEntriesEndWhereTheDirectoryDoes) {
-  std::string bytes = makeZip({{.name = "a", .data = "a"}});
-  // Both counts of the end record.
-  bytes.replace(bytes.size() - 14, 4, littleEndian(0xFFF0FFF0, 4));
-  PackArchive archive;
-  ASSERT_NO_FATAL_FAILURE(open(archive, bytes));
-  PackEntry entry;
-  ASSERT_EQ(archive.getEntry(-1, entry), PackResult::kOk);
-  EXPECT_EQ(entry.index, 0xFFF0);
-  EXPECT_EQ(extract(archive, 0), PackResult::kOk);
-  for (const int32_t index : {1, 2, 60000})
-    EXPECT_EQ(extract(archive, index), PackResult::kBadIndex) << index;
-  EXPECT_EQ(extract(archive, 0), PackResult::kOk);
-}
-
 }  // namespace
 }  // namespace ryn

@@ -262,7 +262,8 @@ TEST_F(ResolveVmTest, LooksIntoHintedPlaces) {
   machine_.value(L"HKCU\\Software\\Plain", L"", L"%Two%");
   machine_.value(L"HKCU\\Software\\Names", L"JavaHome", L"17");
   machine_.value(L"HKCU\\Software\\Names", L"Path", L"C:\\two");
-  environment_ = {{L"Two", L"C:\\two"}, {L"LIST", L"C:\\none;\"C:\\three\";C:\\two"}, {L"EMPTY", L""}};
+  environment_ = {
+      {L"Two", L"C:\\two"}, {L"LIST", L"C:\\none;\"C:\\three\";C:\\two"}, {L"LEAF", L"two"}, {L"EMPTY", L""}};
   const std::pair<std::wstring, const wchar_t*> rows[] = {
       {hints(L"one"), L"C:\\app\\one"},
       {hints(L"./x/../one"), L"C:\\app\\one"},
@@ -270,6 +271,7 @@ TEST_F(ResolveVmTest, LooksIntoHintedPlaces) {
       {hints(L"C:\\two\\bin\\java.exe"), L"C:\\two"},
       {hints(L"C:\\three"), L"C:\\three\\jre"},
       {hints(L"%TWO%"), L"C:\\two"},
+      {hints(L"C:\\%LEAF%\\"), L"C:\\two"},
       {hints(L"%LIST%"), L"C:\\three\\jre"},
       {hints(L"%UNSET%C:\\two"), L""},
       {hints(L"%EMPTY%C:\\two"), L""},
