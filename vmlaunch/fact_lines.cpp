@@ -1,7 +1,7 @@
 #include "vmlaunch/fact_lines.h"
 
-#include "text/text.h"
 #include "properties/keys.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {

@@ -1,8 +1,8 @@
 #include "vmlaunch/user_options.h"
 
+#include "properties/keys.h"
 #include "text/path_text.h"
 #include "text/text.h"
-#include "properties/keys.h"
 #include "vmlaunch/launch_request.h"
 
 namespace ryn {
