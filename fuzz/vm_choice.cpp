@@ -74,10 +74,13 @@ struct Case {
   }
 };
 
-bool isListed(const VmCandidate& vm, const PropertyFile& properties) {
+bool isListed(const ConsideredVm& vm, const PropertyFile& properties) {
   const std::vector<std::wstring> tokens = validVmTokens(validVmList(properties));
-  return std::any_of(tokens.begin(), tokens.end(),
-                     [&](const std::wstring& token) { return matchesToken(vm, token).value_or(false); });
+  // Without a list the current VM is taken as it is.
+  if (tokens.empty()) return vm.source == VmSource::kCurrentVm;
+  return std::any_of(tokens.begin(), tokens.end(), [&](const std::wstring& token) {
+    return matchesToken(vm.candidate, token).value_or(false);
+  });
 }
 
 }  // namespace
@@ -102,7 +105,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const bool asked = input.machine.files.contains(L"C:\\app\\jvmspecs\\Verify.jar");
     const bool searched = vm.source == VmSource::kRegistry || vm.source == VmSource::kPath ||
                           vm.source == VmSource::kDescription || vm.source == VmSource::kCurrentVm;
-    fuzz::require(!searched || asked || isListed(vm.candidate, input.properties), "the list admits the VM");
+    fuzz::require(!searched || asked || isListed(vm, input.properties), "the list admits the VM");
     fuzz::require(vm.candidate.folder == choice.chosen->folder, "the record names the VM");
   }
   fuzz::require(chosen == (choice.chosen ? 1U : 0U), "the record has one chosen VM, or none");
