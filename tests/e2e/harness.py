@@ -196,6 +196,7 @@ class Result:
     console: list
     held: bool
     records: list
+    temp_files: list
 
     @property
     def record(self):
@@ -269,7 +270,8 @@ class Run:
         assert report["startError"] == ["0"], f"not started: error {report['startError']}"
         assert report["timedOut"] == ["0"], f"still running after {self._limit} s; boxes: {boxes}"
         return Result(int(report["exitCode"][0]), (self._folder / "stdout").read_bytes(),
-                      (self._folder / "stderr").read_bytes(), boxes, report["row"], report["held"] == ["1"], self.records())
+                      (self._folder / "stderr").read_bytes(), boxes, report["row"], report["held"] == ["1"], self.records(),
+                      sorted((self._folder / "temp").glob("ryn*.tmp")))
 
     def end(self):
         """The runner takes all that it started with it."""
