@@ -127,10 +127,6 @@ class Host:
         """Sets a named event, such as the one that a stand-in VM waits for; says whether there was one."""
         return self._request(f"signal={event}", check)
 
-    def close_window(self, title):
-        """Asks a window to close, as its button does."""
-        self._request(f"quit={title}")
-
     def post(self, title, message, wide=0, long=0):
         """Posts a message to a window, as any program of the desktop can."""
         self._request(f"post={message} {wide} {long} {title}")

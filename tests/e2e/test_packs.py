@@ -341,14 +341,6 @@ def test_two_first_starts(web, fetch, tmp_path, ending):
     wait_until(lambda: one.is_running() == (ending == "damaged"), "first start to wait in a box or to end")
 
 
-@pytest.mark.parametrize("name", ["jre.zip", "jre.VM"])
-def test_url_that_names_no_pack(fetch, name):
-    answer = fetch(PACK, name=name)
-    assert (answer.output, answer.files) == ("\nThe file specified is not a valid VM pack\n", [])
-    answer = fetch(PACK, "progress", name=name)
-    assert answer.boxes == [("Invalid VM Pack", "The file specified for download is not a valid VM pack")]
-
-
 def write_options(app, folder="Windows", **options):
     """jvmspecs.properties; "__" in a name stands for each "."."""
     target = app.folder / folder / "jvmspecs"
@@ -433,18 +425,6 @@ def test_start_killed_while_unpacking(app, web, vm_pack, last_seen):
     assert program_of(app.run()) == "Windows/resource/jre/bin/javaw.exe"
 
 
-def test_search_comes_first_where_the_build_says_so(app, vm_pack):
-    path = SYSTEM_PATH + ";" + windows_path(install_vm(app.folder / "found").parent)
-    install_vm(app.folder / "Windows" / "resource" / "jre" / "jre")
-    found, shipped = "found/bin/javaw.exe", "Windows/resource/jre/jre/bin/javaw.exe"
-    write_options(app, option="withvm", with__vm__search__option=20)
-    assert [program_of(app.run(path=path)), program_of(app.run())] == [found, shipped]
-    write_options(app, option="withvm", with__vm__search__option=21)
-    assert program_of(app.run(path=path)) == shipped
-    write_options(app, **without_vm(11, "not__found", *vm_pack))
-    assert [program_of(app.run(path=path)), program_of(app.run())] == [found, "Windows/resource/jre/bin/javaw.exe"]
-
-
 @pytest.mark.parametrize("option, pack, ending", [(11, "not__found", "exiting"), (12, "dont__search", "Exiting")])
 def test_fetch_that_fails_ends_the_launch(app, vm_pack, option, pack, ending):
     url, digest = vm_pack
@@ -456,10 +436,3 @@ def test_fetch_that_fails_ends_the_launch(app, vm_pack, option, pack, ending):
     result = app.run("silent")
     assert (boxes_of(result), result.exit_code) == ([NO_VM], 106)
     assert b"Download" not in result.stdout
-
-
-@pytest.mark.parametrize("options", [{}, {"option": "withvm"}, {"option": "withoutvm"}])
-def test_build_without_a_way_to_a_vm(app, options):
-    write_options(app, without__vm__direct__download__url="http://127.0.0.1:1/jre.vm", **options)
-    result = app.run()
-    assert (boxes_of(result), result.exit_code) == ([NO_VM], 106)

@@ -11,6 +11,7 @@ import Xlib.display
 
 from harness import LIMIT_SECONDS, windows_path
 
+WM_CLOSE = 0x10
 VERSIONS = [11, 17, 21, 25]
 
 
@@ -82,6 +83,6 @@ def test_window(host, java_app, runtime, version):
         run = java_app.start(f'window "{title}" 3', vm=runtime(version) / "bin" / "java.exe", handles=False)
         assert width_of_window(display, title) == 300
     assert run.is_running()
-    host.close_window(title)
+    host.post(title, WM_CLOSE)
     result = run.wait()
     assert (result.boxes, result.exit_code) == ([], 3)

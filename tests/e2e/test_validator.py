@@ -13,7 +13,7 @@ VALIDATOR = "com.vantu.util.jvm.Validator"
 @pytest.fixture
 def validate(app, registry):
     """validate(jar, VMs): registers stand-ins, whose validators do as told, and launches."""
-    def run(jar, vms, tokens="MSJ our-token our-token"):
+    def run(jar, vms, tokens="our-token\\ our-token\\ MSJ"):
         for version, settings in vms.items():
             install_vm(app.folder.parent / version, **settings)
         registry.add({JDK + version: {"JavaHome": windows_path(app.folder.parent / version)} for version in vms})
@@ -35,7 +35,7 @@ def test_asks_each_candidate_once(app, validate):
     assert sorted(record["program"].split("\\")[-3] for record in validators) == ["11", "17", "21", "25"]
     for record in validators:
         assert record["program"].endswith(r"\bin\java.exe")
-        assert record["arguments"] == ["-classpath", jar, VALIDATOR, "our-token"]
+        assert record["arguments"] == ["-classpath", jar, VALIDATOR, "our-token\\"]
         assert "console" not in record
     assert vm["program"].endswith(r"\17\bin\javaw.exe")
 

@@ -65,18 +65,6 @@ TEST(PeImageTest, ResourcesGrowAndShrinkAndNothingElseChanges) {
   }
 }
 
-TEST(PeImageTest, CountsTheCheckSum) {
-  // 69 bytes, an odd one at the end, and a carry in the second.
-  for (const auto& [word, sum] :
-       {std::pair<uint16_t, uint32_t>{0x0201, 0x0204 + 69}, {0xFFFF, 0x0003 + 69}}) {
-    Bytes bytes(69);
-    writeU16(bytes, 0, word);
-    bytes[68] = 3;
-    updateCheckSum(bytes, 0);
-    EXPECT_EQ(readU32(bytes, 64), sum) << word;
-  }
-}
-
 TEST(PeImageTest, DirectoryIsInTheOrderOfTheLoader) {
   const Bytes bytes = makeImage(true, someResources());
   const PeImage image(bytes);

@@ -19,7 +19,7 @@ TEST(ChildProcessTest, TellsHowItEnded) {
     DWORD exitCode;
     std::string output;
   } rows[] = {
-      {"ended", shell, L"cmd /c echo out& echo error>&2& exit 7", 60'000, ChildEnd::kEnded, 7,
+      {"ended", shell, L"cmd /c echo out& echo error>&2& exit 259", 60'000, ChildEnd::kEnded, 259,
        "out\r\nerror\r\n"},
       {"much output", shell, L"cmd /c for /l %i in (1,1,120) do @echo 12345678", 60'000, ChildEnd::kEnded, 0,
        [] {

@@ -2,7 +2,6 @@
 
 #include <map>
 
-#include "platform/errors.h"
 #include "properties/property_file.h"
 #include "tests/unit/support/temp_folder.h"
 
@@ -32,22 +31,6 @@ TEST(PropertyFileTest, LoadsBytesAsCharacters) {
     file.load(temp.write(L"caf\u00e9.ryn", bytes));
     expectEntries(file, entries, bytes.substr(0, 20));
   }
-}
-
-TEST(PropertyFileTest, LoadsOverWhatIsThere) {
-  const TempFolder temp;
-  PropertyFile file;
-  file.load(temp.write(L"1.ryn", "a=1\nb=1\n"));
-  file.load(temp.write(L"2.ryn", "b=2\nc=2\n"));
-  file.load(temp.write(L"empty.ryn"));
-  try {
-    file.load(temp.at(L"absent.ryn"));
-    ADD_FAILURE() << "nothing thrown";
-  } catch (const FileException& error) {
-    EXPECT_EQ(error.message(), L"could not open file for read");
-    EXPECT_EQ(error.fileName(), temp.at(L"absent.ryn"));
-  }
-  expectEntries(file, {{L"a", L"1"}, {L"b", L"2"}, {L"c", L"2"}, {L"B", kAbsent}}, "the three files");
 }
 
 }  // namespace

@@ -8,20 +8,10 @@
 namespace ryn {
 namespace {
 
+using test::kUnixEpoch;
 using test::littleEndian;
-
-constexpr uint64_t kUnixEpoch = 116'444'736'000'000'000;
-
-uint64_t unixTicks(uint64_t seconds) {
-  return kUnixEpoch + seconds * 10'000'000;
-}
-
-/// A "UT" block with the times given.
-std::string utBlock(char flags, const std::vector<uint32_t>& seconds) {
-  std::string data(1, flags);
-  for (const uint32_t second : seconds) data += littleEndian(second, 4);
-  return "UT" + littleEndian(data.size(), 2) + data;
-}
+using test::unixTicks;
+using test::utBlock;
 
 TEST(EntryNameTest, DropsLeadingRootsAndEnclosedParents) {
   const struct {

@@ -29,6 +29,19 @@ inline std::string littleEndian(size_t value, size_t count) {
   return bytes;
 }
 
+inline constexpr uint64_t kUnixEpoch = 116'444'736'000'000'000;
+
+inline uint64_t unixTicks(uint64_t seconds) {
+  return kUnixEpoch + seconds * 10'000'000;
+}
+
+/// A "UT" block with the times given.
+inline std::string utBlock(char flags, const std::vector<uint32_t>& seconds) {
+  std::string data(1, flags);
+  for (const uint32_t second : seconds) data += littleEndian(second, 4);
+  return "UT" + littleEndian(data.size(), 2) + data;
+}
+
 inline std::string joined(std::initializer_list<std::string> pieces) {
   std::string whole;
   for (const std::string& piece : pieces) whole += piece;

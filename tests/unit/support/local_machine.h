@@ -27,15 +27,7 @@ class ScopedLocalMachine {
     RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
   }
 
-  /// Makes `key` where it is missing and writes text or a number into it.
-  void set(const std::wstring& key, const wchar_t* name, const std::wstring& text) const {
-    check(RegSetValueExW(make(key).get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
-                         static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))));
-  }
-  void set(const std::wstring& key, const wchar_t* name, DWORD number) const {
-    check(RegSetValueExW(make(key).get(), name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number),
-                         sizeof(number)));
-  }
+  /// Makes `key` where it is missing.
   UniqueHkey make(const std::wstring& key) const {
     UniqueHkey made;
     check(RegCreateKeyW(HKEY_LOCAL_MACHINE, key.c_str(), made.receive()));

@@ -79,16 +79,6 @@ TEST(VmChoiceTest, FiltersAndChooses) {
   }
 }
 
-TEST(VmChoiceTest, RanksTheClassesByThePlatformNumber) {
-  const auto found = vms(L"jre17/0 jre5/1");
-  for (const uint64_t platform : {1u, 2u, 3u, 4u}) {
-    const bool single = platform == 1 || platform == 3;
-    EXPECT_EQ(ranksBelow(found[0].candidate, found[1].candidate, platform), !single);
-    EXPECT_EQ(ranksBelow(found[1].candidate, found[0].candidate, platform), single);
-    EXPECT_FALSE(ranksBelow(found[0].candidate, found[0].candidate, platform));
-  }
-}
-
 TEST(VmChoiceTest, AsksWhatIsCheapFirstAndTheValidatorLast) {
   std::wstring asked;
   const auto note = [&](const wchar_t* what, const VmCandidate& vm) {
