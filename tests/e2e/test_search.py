@@ -30,7 +30,7 @@ def test_registry_and_path(app, registry, chosen):
     for name, variant in (("registered", "sun_8"), ("eight", "sun_8"), ("seventeen", "ibm_17")):
         install_vm(base / name, variant, compiler=name == "seventeen")
     # Read with its minor number, which old versions need.
-    registry.add({JAVASOFT + "JRE\\1.8.0_500": {"JavaHome": windows_path(base / "registered"), "MicroVersion": "0"},
+    registry.add({JAVASOFT + "JRE\\1.8.0_5000": {"JavaHome": windows_path(base / "registered"), "MicroVersion": "0"},
                   JAVASOFT + "JRE\\1.7.0": {"JavaHome": windows_path(base / "eight")}})
     assert chosen("eight", "seventeen") == "seventeen"
     assert chosen("eight", "seventeen", **{LIST: "jre"}) == "registered"
