@@ -1,0 +1,83 @@
+#include "ryn/pack_command.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "packs/md5.h"
+#include "packs/pack_writer.h"
+#include "ryn/output.h"
+
+namespace ryn {
+namespace {
+
+struct PackOptions {
+  std::string runtime;
+  std::string out;
+  bool json = false;
+};
+
+void buildPack(const PackOptions& options) {
+  const std::filesystem::path out = pathOf(options.out);
+  // The launcher refuses every other URL, and letter case counts for it.
+  if (out.extension() != ".vm" || out.stem().empty()) {
+    throw CommandError(kUsage, "--out " + options.out + ": the name of a pack ends in .vm");
+  }
+  const std::filesystem::path runtime = pathOf(options.runtime);
+  const std::vector<std::string> names = filesBelow(runtime);
+  if (const std::vector<std::string> faults = packNameFaults(names); !faults.empty()) {
+    std::string text = "Windows cannot hold these names:";
+    for (const std::string& fault : faults) text += "\n  " + fault;
+    throw CommandError(kNegative, text);
+  }
+  Bytes pack;
+  try {
+    pack = writePack(
+        names, [&](const std::string& name) { return readFile(runtime / pathOf(name)); }, textOf(out.stem()));
+  } catch (const PackError& error) {
+    throw CommandError(kNegative, options.runtime + ": " + error.what());
+  }
+  writeFile(out, pack);
+
+  const std::string md5 = md5Of(pack);
+  const std::string lines = jvmspecsLines(textOf(out.filename()), md5);
+  if (options.json) {
+    const nlohmann::ordered_json report = {
+        {"schema", 1},         {"pack", options.out}, {"files", names.size()},
+        {"size", pack.size()}, {"md5", md5},          {"jvmspecs", lines}};
+    std::cout << report.dump(2) << "\n";
+    return;
+  }
+  std::cout << options.out << ": " << names.size() << " files, " << pack.size() << " bytes, MD5 " << md5
+            << "\n\nFor jvmspecs.properties, with the address of your server:\n\n"
+            << lines;
+}
+
+}  // namespace
+
+std::string jvmspecsLines(std::string_view fileName, std::string_view md5) {
+  const std::string key = "build.without.vm.not.found.download.url";
+  std::string lines = "build.option=withoutvm\nbuild.without.vm.search.option=11\n";
+  lines += key + "=https://downloads.example.com/" + std::string(fileName) + "\n";
+  lines += key + ".md5Checksum.applicable=true\n";
+  lines += key + ".md5Checksum.value=" + std::string(md5) + "\n";
+  return lines;
+}
+
+void addPackCommand(CLI::App& program) {
+  CLI::App* pack =
+      program.add_subcommand("pack", "VM packs, which the launcher fetches where no Java is found");
+  pack->require_subcommand(1);
+  pack->footer("Example: ryn pack build jdk-21-jre --out jre21.vm");
+  CLI::App* build = pack->add_subcommand("build", "Makes a pack of the folder of a Java runtime for Windows");
+  build->footer("Example: ryn pack build jdk-21-jre --out jre21.vm");
+  const auto options = std::make_shared<PackOptions>();
+  build->add_option("RUNTIME", options->runtime, "The runtime's folder, with bin/java.exe")->required();
+  build->add_option("--out", options->out, "The pack, a name that ends in .vm; one that is there is replaced")
+      ->required();
+  build->add_flag("--json", options->json, "Report as JSON");
+  build->callback([options] { buildPack(*options); });
+}
+
+}  // namespace ryn
