@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 
+#include "ryn/make_command.h"
 #include "ryn/output.h"
 #include "ryn/pack_command.h"
 
@@ -10,8 +11,8 @@ int main(int argc, char** argv) {
   CLI::App program("Makes applications and VM packs for the Ryn launcher", "ryn");
   program.set_version_flag("--version", "ryn " RYN_VERSION);
   program.require_subcommand(1);
-  program.footer(
-      "Example: ryn pack build --help\n\nExit codes: 0 good, 1 refused, 2 usage or unreadable input.");
+  program.footer("Example: ryn make --help\n\nExit codes: 0 good, 1 refused, 2 usage or unreadable input.");
+  ryn::addMakeCommand(program);
   ryn::addPackCommand(program);
   try {
     program.parse(argc, argv);

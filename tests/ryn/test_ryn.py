@@ -6,6 +6,7 @@ import os
 import subprocess
 import zipfile
 
+import pefile
 import pytest
 
 RYN = os.environ["RYN_PROGRAM"]
@@ -71,8 +72,67 @@ def test_digests_of_all_lengths_of_the_last_block(tmp_path):
     assert {0, 55, 56, 63} <= lengths
 
 
+def test_an_application_is_made_whole(tmp_path):
+    jars = write_files(tmp_path, ["größe.jar", "b.jar"])
+    runtime = write_files(tmp_path / "runtime", RUNTIME)
+    texts = tmp_path / "texts"
+    texts.mkdir()
+    (texts / "de.txt").write_bytes(b"de.txt" * 30 + b"\r\n")
+    app = tmp_path / "dist" / "App"
+    ryn("make", "--name", "Añp", "--out", app, "--launcher", LAUNCHER, "--version", "2.4.0.17", "--main", "a.Main",
+        "--jar", jars / "größe.jar", "--jar", jars / "b.jar", "--java", "17+", "--runtime", runtime, "--publisher", "Maker",
+        "--heap-max", "1g",
+        "--no-vm-text", texts, "--option=-Dhome=C:\\users\\", '--option=-Dtitle=a "b" \\')
+    assert sorted(path.relative_to(app).as_posix() for path in app.rglob("*") if path.is_file()) == sorted(
+        ["Añp.exe", "Añp.ryn", "lib/größe.jar", "lib/b.jar", *(f"jre/{name}" for name in RUNTIME)])
+    assert list(app.parent.iterdir()) == [app]
+
+    image = pefile.PE(app / "Añp.exe")
+    strings = {key.decode(): value.decode() for info in image.FileInfo[0] if info.Key == b"StringFileInfo"
+               for table in info.StringTable for key, value in table.entries.items()}
+    assert (strings["ProductName"], strings["FileVersion"], strings["CompanyName"]) == ("Añp", "2.4.0.17", "Maker")
+    assert image.verify_checksum()
+    assert ("de.txt" * 30).encode("utf-16-le") in (app / "Añp.exe").read_bytes()
+
+    text = (app / "Añp.ryn").read_text("ascii")
+    assert text.endswith("\n")
+    values = dict(line.split("=", 1) for line in text.splitlines() if line and not line.startswith("#"))
+    assert values == {
+        "ryn.application.name": r"A\u00f1p",
+        "ryn.class.path": r"lib/gr\u00f6\u00dfe.jar;lib/b.jar",
+        "ryn.nl.java.launcher.main.class": "a.Main",
+        "ryn.nl.valid.vm.list": "17+",
+        "ryn.nl.win32.java.launcher.platform": "2",
+        "ryn.nl.current.vm": "jre/bin/java.exe",
+        "ryn.nl.java.option.java.heap.size.max": str(1 << 30),
+        "ryn.nl.java.option.additional":
+            r'-Dhome=C:\u005cusers\u005c "-Dtitle=a \u005c"b\u005c" \u005c\u005c"'}
+
+
+@pytest.mark.parametrize("change, told", [
+    (["--name", "a/b"], "no name of a file"), (["--name", "nul"], "device"), (["--name", "a\nb"], "line end"),
+    (["--version", "1.2.3.4.5"], "--version"), (["--version", "65536"], "--version"), (["--heap-max", "1t"], "1t"),
+    (["--level", "root"], "--level"), (["--launcher", __file__], "test_ryn.py"), (["--jar", "/none.jar"], "/none.jar"),
+    (["--jar", "/a/b.jar", "--jar", "/c/B.jar"], "also there"), (["--runtime", "tests"], "bin/java.exe"),
+])
+def test_what_is_no_application_leaves_nothing(tmp_path, change, told):
+    options = {"--name": "App", "--launcher": LAUNCHER, "--main": "a.Main"}
+    plain = [word for option in options.items() if option[0] not in change for word in option]
+    assert told in ryn("make", *plain, "--out", tmp_path / "App", *change, code=2)
+    assert not list(tmp_path.iterdir())
+
+
+def test_an_application_is_not_made_among_other_files(tmp_path):
+    (tmp_path / "mine").touch()
+    command = ["make", "--name", "App", "--launcher", LAUNCHER, "--main", "a.Main", "--out"]
+    assert "empty" in ryn(*command, tmp_path, code=2)
+    assert [path.name for path in tmp_path.iterdir()] == ["mine"]
+    (tmp_path / "mine").unlink()
+    assert json.loads(ryn(*command, tmp_path, "--json"))["files"] == ["App.exe", "App.ryn", "lib/"]
+
+
 def test_every_command_has_help_with_an_example():
     assert ryn("--version").startswith("ryn 1.")
-    for command in [], ["pack"], ["pack", "build"]:
+    for command in [], ["pack"], ["pack", "build"], ["make"]:
         assert "Example: ryn " in ryn(*command, "--help")
     ryn(code=2)
