@@ -283,7 +283,8 @@ void addMakeCommand(CLI::App& program) {
   CLI::App* make = program.add_subcommand("make", "Makes the folder of an application");
   make->footer(
       "Example: ryn make --name MyApp --out dist/MyApp --launcher launcher.exe --icon app.ico \\\n"
-      "           --jar app.jar --main com.example.Main --java 17+ --heap-max 1g");
+      "           --jar app.jar --main com.example.Main --java 17+ --heap-max 1g\n"
+      "--config F reads options from F: lines such as name=\"MyApp\" below the line [make].");
   const auto o = std::make_shared<MakeOptions>();
   make->add_option("--name", o->name, "Of the application and its program")->required();
   make->add_option("--out", o->out, "The folder: a new or an empty one")->required();
@@ -308,6 +309,10 @@ void addMakeCommand(CLI::App& program) {
       ->allow_extra_args(false);
   make->add_option("--runtime", o->runtime, "Folder of a Java for Windows to put into jre");
   make->add_flag("--json", o->json, "Report as JSON");
+  // The program's, because CLI11 reads no file for a command alone; so its options are in a section.
+  make->fallthrough();
+  program.set_config("--config", "", "A file with options of make, in a section [make]: name=\"MyApp\"")
+      ->check(CLI::ExistingFile);
   make->callback([o] { makeApplication(*o); });
 }
 

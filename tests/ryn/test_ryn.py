@@ -78,10 +78,12 @@ def test_an_application_is_made_whole(tmp_path):
     texts = tmp_path / "texts"
     texts.mkdir()
     (texts / "de.txt").write_bytes(b"de.txt" * 30 + b"\r\n")
+    config = tmp_path / "make.cfg"
+    config.write_text('[make]\npublisher="Maker"\nheap-max="1g"\nmain="a.Main"\n')
     app = tmp_path / "dist" / "App"
-    ryn("make", "--name", "Añp", "--out", app, "--launcher", LAUNCHER, "--version", "2.4.0.17", "--main", "a.Main",
-        "--jar", jars / "größe.jar", "--jar", jars / "b.jar", "--java", "17+", "--runtime", runtime, "--publisher", "Maker",
-        "--heap-max", "1g",
+    ryn("make", "--name", "Añp", "--out", app, "--launcher", LAUNCHER, "--version", "2.4.0.17",
+        "--jar", jars / "größe.jar", "--jar", jars / "b.jar", "--java", "17+", "--runtime", runtime, "--config", config,
+       
         "--no-vm-text", texts, "--option=-Dhome=C:\\users\\", '--option=-Dtitle=a "b" \\')
     assert sorted(path.relative_to(app).as_posix() for path in app.rglob("*") if path.is_file()) == sorted(
         ["Añp.exe", "Añp.ryn", "lib/größe.jar", "lib/b.jar", *(f"jre/{name}" for name in RUNTIME)])
