@@ -129,16 +129,19 @@ void writeText(const fs::path& path, const std::string& text) {
   writeFile(path, {reinterpret_cast<const uint8_t*>(text.data()), text.size()});
 }
 
-void fillFolder(const fs::path& folder, const MakeOptions& options, const Bytes& program,
-                const RynFile& file) {
+/// `runtime`: what is in the runtime's folder.
+void fillFolder(const fs::path& folder, const MakeOptions& options, const Bytes& program, const RynFile& file,
+                const std::vector<std::string>& runtime) {
   writeFile(folder / pathOf(options.name + ".exe"), program);
   writeText(folder / pathOf(options.name + ".ryn"), rynFileText(file));
   fs::create_directory(folder / "lib");
   for (size_t i = 0; i < file.jars.size(); ++i) {
     writeFile(folder / "lib" / pathOf(file.jars[i]), readFile(pathOf(options.jars[i])));
   }
-  if (file.hasRuntime) {
-    fs::copy(pathOf(options.runtime), folder / "jre", fs::copy_options::recursive);
+  for (const std::string& name : runtime) {
+    const fs::path target = folder / "jre" / pathOf(name);
+    fs::create_directories(target.parent_path());
+    if (target.has_filename()) writeFile(target, readFile(pathOf(options.runtime) / pathOf(name)));
   }
 }
 
@@ -154,8 +157,11 @@ void makeApplication(const MakeOptions& options) {
   const RynFile file = rynFileOf(options);
   checkNames({options.name + ".exe"});
   checkNames(file.jars);
+  // Listed before the new folder is there, which may lie within it.
+  std::vector<std::string> runtime;
   if (file.hasRuntime) {
-    checkNames(filesBelow(pathOf(options.runtime)));
+    runtime = filesBelow(pathOf(options.runtime));
+    checkNames(runtime);
     if (!fs::is_regular_file(pathOf(options.runtime) / "bin" / "java.exe")) {
       refuse("--runtime " + options.runtime + ": has no bin/java.exe");
     }
@@ -171,7 +177,7 @@ void makeApplication(const MakeOptions& options) {
 
   // Never among files that are there: an older jar in "lib", or a file of the user's own, would go on or
   // be lost without a word. A build removes its folder first.
-  const fs::path out = fs::absolute(pathOf(options.out + "/")).parent_path().lexically_normal();
+  const fs::path out = fs::absolute(pathOf(options.out + "/")).lexically_normal().parent_path();
   if (fs::exists(out) && !(fs::is_directory(out) && fs::is_empty(out))) {
     refuse("--out " + options.out + ": is there and not an empty folder; remove it first");
   }
@@ -179,7 +185,7 @@ void makeApplication(const MakeOptions& options) {
   fs::path temporary = out;
   temporary += ".tmp";
   NewFolder folder(temporary);
-  fillFolder(folder.path(), options, program, file);
+  fillFolder(folder.path(), options, program, file, runtime);
   folder.keepAs(out);
 
   const std::vector<std::string> files = filesBelow(out);
