@@ -1,5 +1,7 @@
 #include "platform/registry_key.h"
 
+#include <cstdint>
+
 #include "platform/registry_calls.h"
 
 namespace ryn {
