@@ -61,7 +61,7 @@ std::string findingsText(const Findings& findings) {
   return text;
 }
 
-std::string findingsJson(const std::string& checked, const Findings& findings) {
+nlohmann::ordered_json findingsJson(const std::string& checked, const Findings& findings) {
   nlohmann::ordered_json report = {{"schema", 1},
                                    {"checked", checked},
                                    {"errors", countOf(findings, Severity::kError)},
@@ -75,7 +75,7 @@ std::string findingsJson(const std::string& checked, const Findings& findings) {
                                   {"rule", finding.rule->id},
                                   {"text", finding.text}});
   }
-  return report.dump(2) + "\n";
+  return report;
 }
 
 std::string findingsSarif(const Findings& findings) {

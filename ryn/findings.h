@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,7 +43,7 @@ bool isGood(const Findings& findings);
 std::string findingsText(const Findings& findings);
 
 /// One object with the findings and their numbers: docs/check.md.
-std::string findingsJson(const std::string& checked, const Findings& findings);
+nlohmann::ordered_json findingsJson(const std::string& checked, const Findings& findings);
 
 /// A log in the Static Analysis Results Interchange Format 2.1.0 of OASIS, with all rules of the program.
 std::string findingsSarif(const Findings& findings);

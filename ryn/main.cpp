@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
   ryn::ExitCode ended = ryn::kGood;
   ryn::addMakeCommand(program);
   ryn::addCheckCommand(program, ended);
-  ryn::addPackCommand(program);
+  ryn::addPackCommand(program, ended);
   try {
     program.parse(argc, argv);
     std::cout.flush();
