@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "ryn/check_application.h"
+#include "ryn/findings_report.h"
 
 namespace ryn {
 namespace {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,14 +37,5 @@ size_t countOf(const Findings& findings, Severity severity);
 
 /// Nothing but notes.
 bool isGood(const Findings& findings);
-
-/// A line for each: "file:line: error: text [rule]".
-std::string findingsText(const Findings& findings);
-
-/// One object with the findings and their numbers: docs/check.md.
-nlohmann::ordered_json findingsJson(const std::string& checked, const Findings& findings);
-
-/// A log in the Static Analysis Results Interchange Format 2.1.0 of OASIS, with all rules of the program.
-std::string findingsSarif(const Findings& findings);
 
 }  // namespace ryn

@@ -7,7 +7,7 @@
 
 #include "packs/md5.h"
 #include "packs/pack_writer.h"
-#include "ryn/findings.h"
+#include "ryn/findings_report.h"
 #include "ryn/output.h"
 #include "ryn/pack_check.h"
 
