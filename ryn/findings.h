@@ -35,6 +35,9 @@ using Findings = std::vector<Finding>;
 
 size_t countOf(const Findings& findings, Severity severity);
 
+/// By file and line; what has both in common keeps its order.
+void sortFindings(Findings& findings);
+
 /// Nothing but notes.
 bool isGood(const Findings& findings);
 

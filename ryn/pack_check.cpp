@@ -269,6 +269,7 @@ PackCheck checkPack(const std::string& file, Bytes pack) {
     inner.add("pack-archive", 1, {L"is no zip archive"});
   else
     checkRuntime(inner, programs);
+  sortFindings(result.findings);
   return result;
 }
 

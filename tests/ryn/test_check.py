@@ -136,6 +136,7 @@ ROWS = [
     ("refused-option:6 refused-option:7",
      [*options("-XX:MaxPermSize=64m"), "ryn.nl.java.option.garbage.collection.background.thread=on"], {}),
     ("refused-option:6 list-too-old:4", [*options("--add-modules x"), "ryn.nl.valid.vm.list=JRE"], {}),
+    ("", ["ryn.nl.valid.vm.list=MSJ J1 17+"], {}),
     ("", [*options("--add-opens a/b=c"), "ryn.nl.valid.vm.list=17-21 25"], {}),
     ("ui-scale:1", ["-ryn.nl.java.option.additional"], {}),
     ("platform:1", ["-ryn.nl.win32.java.launcher.platform"], {}),
@@ -161,6 +162,7 @@ ROWS = [
     ("no-shipped-vm:" + SPECS + ":1", [], {SPECS: "build.option=withvm\n"}),
     ("class-too-new:1", ["ryn.nl.win32.java.launcher.platform=1"],
      {SPECS: "build.option=withvm\nbuild.with.vm.search.option=21\n", **runtime(11, SHIPPED)}),
+    ("platform:5", ["ryn.nl.win32.java.launcher.platform=1"], {SPECS: "build.option=withvm\n", **runtime(folder=SHIPPED)}),
     (f"fetch-every-start:{SPECS}:3", [], pack_options()),
     (f"fetch-every-start:{SPECS}:2", [],
      {"Windows/jvmspecs/x": b"", SPECS: pack_options()[SPECS].replace("=11", "=12").replace("not.found.download.url=", "direct.download.url=")
@@ -275,7 +277,9 @@ def test_rules_of_packs(tmp_path, expected, name, data):
 
 
 def sarif(folder, code):
-    return json.loads(run("check", folder, "--sarif", code=code))["runs"][0]
+    log = json.loads(run("check", folder, "--sarif", code=code))
+    assert log["version"] == "2.1.0" and len(log["runs"]) == 1
+    return log["runs"][0]
 
 
 RULES = []
