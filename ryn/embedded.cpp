@@ -1,8 +1,8 @@
 #include "ryn/embedded.h"
 
 // In the assembler source that cmake/Embed.cmake writes.
-#define RYN_EMBEDDED(name)             \
-  extern const uint8_t ryn_##name[];   \
+#define RYN_EMBEDDED(name)           \
+  extern const uint8_t ryn_##name[]; \
   extern const uint8_t ryn_##name##_end[]
 extern "C" {
 RYN_EMBEDDED(launcher);
