@@ -12,13 +12,14 @@ int main(int argc, char** argv) {
   program.set_version_flag("--version", "ryn " RYN_VERSION);
   program.require_subcommand(1);
   program.footer("Example: ryn make --help\n\nExit codes: 0 good, 1 refused, 2 usage or unreadable input.");
-  ryn::addMakeCommand(program);
+  ryn::ExitCode ended = ryn::kGood;
+  ryn::addMakeCommand(program, ended);
   ryn::addPackCommand(program);
   try {
     program.parse(argc, argv);
     std::cout.flush();
     if (!std::cout) throw ryn::CommandError(ryn::kUsage, "cannot write to standard output");
-    return ryn::kGood;
+    return ended;
   } catch (const CLI::ParseError& error) {
     // Help and version come this way, too, as a success.
     return program.exit(error) == 0 ? ryn::kGood : ryn::kUsage;

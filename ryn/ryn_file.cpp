@@ -7,6 +7,9 @@
 namespace ryn {
 namespace {
 
+/// More than that a 32-bit VM cannot have for sure.
+constexpr uint64_t k32BitHeap = uint64_t{1} << 30;
+
 /// As the launcher reads a value: it knows no escape but "\u", which "C:\users" would be as well, and cuts
 /// blanks and a backslash from the end.
 std::string escaped(std::string_view value) {
@@ -42,28 +45,68 @@ std::string rynFileText(const RynFile& file) {
   set("ryn.application.name", file.name);
 
   comment("What is started. Entries of the class path have \";\" between them.");
-  std::string classPath;
-  for (const std::string& jar : file.jars) classPath += (classPath.empty() ? "lib/" : ";lib/") + jar;
-  set("ryn.class.path", classPath.empty() ? "lib/*" : classPath);
-  set("ryn.nl.java.launcher.main.class", file.mainClass);
+  std::string classPath = file.jars.empty() ? ";lib/*" : file.start ? ";lib/ryn-start.jar" : "";
+  for (const std::string& jar : file.jars) classPath += ";lib/" + jar;
+  set("ryn.class.path", classPath.substr(1));
+  if (file.start) {
+    text += "# ryn-start.jar starts the program as it is, with the arguments as they were typed.\n";
+    set("ryn.nl.java.launcher.main.class", "com.vantu.ryn.Start");
+    if (file.mainClass.empty())
+      set("ryn.start.jar", "lib/" + file.jars.front());
+    else
+      set("ryn.start.class", file.mainClass);
+    set("ryn.launch.arguments", "exact");
+  } else {
+    set("ryn.nl.java.launcher.main.class", file.mainClass);
+  }
+  if (file.console) {
+    comment("A console with all that the program says. To keep it open at the end:");
+    text += "#ryn.win32.console.pause=true\n";
+    set("ryn.stdout.redirect", "console");
+  }
 
   comment("Which Java will do: kinds (JRE JDK), versions (17+ 11-21), blanks between them.");
   set("ryn.nl.valid.vm.list", file.validVms);
   text += "# Without 2 or 3 no installed Java is found.\n";
   set("ryn.nl.win32.java.launcher.platform", "2");
-  if (file.hasRuntime) {
+  if (!file.currentVm.empty()) {
     comment("The Java of this folder, before any that is installed. The list above must admit it.");
-    set("ryn.nl.current.vm", "jre/bin/java.exe");
+    set("ryn.nl.current.vm", file.currentVm);
+  }
+  if (file.heapMax > k32BitHeap) {
+    comment("A 32-bit Java has no room for this heap.");
+    set("ryn.win32.vm.bits", "64");
   }
   if (file.heapMax != 0) {
     comment("In bytes; k and m may stand behind the number, g may not.");
     set("ryn.nl.java.option.java.heap.size.max", std::to_string(file.heapMax));
   }
-  if (!file.options.empty()) {
+  std::string options;
+  // Else windows are small or blurred on screens of high density.
+  if (file.start) options = "-Dsun.java2d.uiScale.enabled=true";
+  for (const std::string& option : file.options)
+    options += (options.empty() ? "" : " ") + quotedArgument(option);
+  if (!options.empty()) {
     comment("Options of the VM, as on a command line of Windows.");
-    std::string line;
-    for (const std::string& option : file.options) line += (line.empty() ? "" : " ") + quotedArgument(option);
-    set("ryn.nl.java.option.additional", line);
+    set("ryn.nl.java.option.additional", options);
+  }
+  if (file.start) {
+    comment("Folders of any name; the VM ends with its launcher; a service has so many seconds to end.");
+    set("ryn.win32.short.paths", "true");
+    set("ryn.win32.job", "true");
+    set("ryn.service.stop.seconds", "20");
+
+    comment(
+        "What some want, without the \"#\": this folder as the working folder, one process for each user,");
+    text += "# a log, options of the user.\n";
+    const auto suggest = [&](std::string_view key, const std::string& value) {
+      text += "#";
+      set(key, value);
+    };
+    suggest("ryn.user.dir", ".");
+    suggest("ryn.start.single.instance", "true");
+    suggest("ryn.stderr.redirect", "%LOCALAPPDATA%/" + file.name + "/log.txt");
+    suggest("ryn.user.options", "%APPDATA%/" + file.name + "/" + file.name + ".vmoptions");
   }
   return text;
 }

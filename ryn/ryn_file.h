@@ -11,16 +11,20 @@ namespace ryn {
 /// What an application's .ryn file says. Texts are UTF-8.
 struct RynFile {
   std::string name = {};
+  /// Empty: the one that the manifest of the first jar names.
   std::string mainClass = {};
   /// File names in the folder "lib"; none: all jars of that folder.
   std::vector<std::string> jars = {};
+  /// Whether ryn-start.jar lies in that folder and starts the program; else this is written for the launcher.
+  bool start = true;
   std::string validVms = "JRE JDK";
   /// Bytes; 0 leaves it to the VM.
   uint64_t heapMax = 0;
   /// Options of the VM, each of which reaches it as one argument.
   std::vector<std::string> options = {};
-  /// Whether a runtime lies in the folder "jre".
-  bool hasRuntime = false;
+  /// The VM of the folder, or where one will be fetched to, as "jre/bin/java.exe"; empty: none.
+  std::string currentVm = {};
+  bool console = false;
 };
 
 /// The content of the file, in ASCII.
