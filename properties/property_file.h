@@ -29,6 +29,8 @@ class PropertyFile {
 
   bool hasKeyWithPrefix(std::wstring_view prefix) const;
 
+  const std::map<std::wstring, std::wstring, std::less<>>& entries() const { return entries_; }
+
  private:
   void parseLine(std::wstring_view line);
 
