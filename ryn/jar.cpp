@@ -1,66 +1,36 @@
 #include "ryn/jar.h"
 
-#include <memory>
+#include <algorithm>
+#include <string_view>
 
-#include "packs/memory_file.h"
 #include "text/text.h"
 
 namespace ryn {
 namespace {
-
-struct Close {
-  void operator()(void* reader) const { unzClose(reader); }
-};
 
 /// The first line of `text`, which it takes away.
 std::string_view takeLine(std::string_view& text) {
   const size_t end = std::min(text.find_first_of("\r\n"), text.size());
   const std::string_view line = text.substr(0, end);
   text.remove_prefix(end);
-  if (text.starts_with("\r\n"))
-    text.remove_prefix(2);
-  else if (!text.empty())
-    text.remove_prefix(1);
+  text.remove_prefix(text.starts_with("\r\n") ? 2 : std::min<size_t>(text.size(), 1));
   return line;
 }
 
 }  // namespace
 
-std::optional<std::string> archiveEntry(ByteView archive, const std::string& name) {
-  constexpr int kAnyCase = 2;
-  MemoryFile file{archive};
-  zlib_filefunc64_def functions = memoryFunctions();
-  const std::unique_ptr<void, Close> reader(unzOpen2_64(&file, &functions));
-  if (!reader || unzLocateFile(reader.get(), name.c_str(), kAnyCase) != UNZ_OK ||
-      unzOpenCurrentFile(reader.get()) != UNZ_OK) {
-    return {};
-  }
-  std::string content;
-  char piece[4096];
-  int size = 0;
-  while ((size = unzReadCurrentFile(reader.get(), piece, sizeof piece)) > 0)
-    content.append(piece, size_t(size));
-  // Closing says whether the check sum was right.
-  if (unzCloseCurrentFile(reader.get()) != UNZ_OK || size < 0) return {};
-  return content;
-}
-
-std::string manifestOf(ByteView jar) {
-  return archiveEntry(jar, "META-INF/MANIFEST.MF").value_or("");
-}
-
-std::string manifestAttribute(std::string_view manifest, std::string_view name) {
-  const std::wstring wanted = lowerCase(widenBytes(name));
-  std::string line(takeLine(manifest));
-  while (!line.empty()) {
-    // A line that begins with a blank continues the one before.
-    while (manifest.starts_with(' ')) line += takeLine(manifest).substr(1);
+std::map<std::string, std::string> manifestOf(const ZipFile& jar) {
+  std::map<std::string, std::string> attributes;
+  const Bytes content = jar.read("META-INF/MANIFEST.MF").value_or(Bytes());
+  std::string_view rest(reinterpret_cast<const char*>(content.data()), content.size());
+  for (std::string line(takeLine(rest)); !line.empty(); line = takeLine(rest)) {
+    // A line that begins with a blank continues the one before, within a character of UTF-8, too.
+    while (rest.starts_with(' ')) line += takeLine(rest).substr(1);
     const size_t colon = line.find(": ");
-    if (colon != std::string::npos && lowerCase(widenBytes(line.substr(0, colon))) == wanted)
-      return line.substr(colon + 2);
-    line = takeLine(manifest);
+    if (colon == std::string::npos) continue;
+    attributes[toUtf8(lowerCase(fromUtf8(line.substr(0, colon))))] = line.substr(colon + 2);
   }
-  return {};
+  return attributes;
 }
 
 }  // namespace ryn

@@ -11,6 +11,7 @@
 #include "image/image_error.h"
 #include "packs/pack_writer.h"
 #include "ryn/branding.h"
+#include "ryn/check_application.h"
 #include "ryn/embedded.h"
 #include "ryn/jar.h"
 #include "ryn/output.h"
@@ -96,8 +97,9 @@ std::string mainClassOf(const MakeOptions& options) {
   if (!options.mainClass.empty()) return options.mainClass;
   if (options.jars.empty()) refuse("--main or --jar is needed");
   const std::string& jar = options.jars.front();
-  const std::string name(
-      toUtf8(trim(fromUtf8(manifestAttribute(manifestOf(readFile(pathOf(jar))), "Main-Class")))));
+  const auto archive = ZipFile::open(readFile(pathOf(jar)));
+  std::string name = archive ? manifestOf(*archive)["main-class"] : "";
+  name = toUtf8(trim(fromUtf8(name)));
   if (name.empty()) refuse("--jar " + jar + ": its manifest names no Main-Class; give --main");
   return name;
 }
@@ -287,14 +289,17 @@ ExitCode makeApplication(const MakeOptions& options) {
   folder.keepAs(out);
 
   const std::vector<std::string> files = filesBelow(out);
+  const Findings findings = checkApplication(pathOf(options.out));
+  const ExitCode ended = isGood(findings) ? kGood : kNegative;
   if (options.json) {
-    const nlohmann::ordered_json report = {{"schema", 1}, {"folder", textOf(out)}, {"files", files}};
+    nlohmann::ordered_json report = {{"schema", 1}, {"folder", textOf(out)}, {"files", files}};
+    report["check"] = nlohmann::ordered_json::parse(findingsJson(options.out, findings));
     std::cout << report.dump(2) << "\n";
-    return kGood;
+    return ended;
   }
   const std::string exe = textOf(pathOf(options.out) / pathOf(options.name + ".exe"));
-  std::cout << options.out << ": " << files.size() << " files\n" << howToSign(exe);
-  return kGood;
+  std::cout << options.out << ": " << files.size() << " files\n" << findingsText(findings) << howToSign(exe);
+  return ended;
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ LAUNCHER = os.environ["RYN_LAUNCHER_PATH"]
 def ryn(*arguments, code=0):
     done = subprocess.run([RYN, *map(str, arguments)], capture_output=True, text=True, timeout=60)
     assert done.returncode == code, done.stdout + done.stderr
-    return done.stdout if code == 0 else done.stderr
+    return done.stdout or done.stderr
 
 
 def write_files(folder, names, time=1_000_000_000):
@@ -77,6 +77,7 @@ def make_jar(path, main_class=None):
     manifest = "Manifest-Version: 1.0\r\n" + (f"main-CLASS: {main_class[:5]}\r\n {main_class[5:]}\r\n" if main_class else "")
     with zipfile.ZipFile(path, "w") as jar:
         jar.writestr("META-INF/MANIFEST.MF", manifest + "\r\nName: a\r\nMain-Class: wrong\r\n")
+        jar.writestr("first/Main.class", b"\xCA\xFE\xBA\xBE\0\0\0\x34")
     return path
 
 
@@ -97,9 +98,11 @@ def test_an_application_is_made_whole(tmp_path):
     config = tmp_path / "make.cfg"
     config.write_text('[make]\npublisher="Maker"\nheap-max="2g"\n')
     app = tmp_path / "dist" / "App"
-    ryn("make", "--name", "Añp", "--out", app, "--version", "2.4.0.17", "--jar", tmp_path / "größe.jar",
-        "--jar", tmp_path / "b.jar", "--java", "17+", "--runtime", runtime, "--config", config, "--console",
-        "--no-vm-text", texts, "--option=-Dhome=C:\\users\\", '--option=-Dtitle=a "b" \\')
+    # What is there is checked as by `ryn check`.
+    told = ryn("make", "--name", "Añp", "--out", app, "--version", "2.4.0.17", "--jar", tmp_path / "größe.jar",
+               "--jar", tmp_path / "b.jar", "--java", "17+", "--runtime", runtime, "--config", config, "--console",
+               "--no-vm-text", texts, "--option=-Dhome=C:\\users\\", '--option=-Dtitle=a "b" \\', code=1)
+    assert "b.jar is no jar [bad-jar]\n" in told and "osslsigncode" in told
     assert sorted(path.relative_to(app).as_posix() for path in app.rglob("*") if path.is_file()) == sorted(
         ["Añp.exe", "Añp.ryn", "lib/größe.jar", "lib/b.jar", "lib/ryn-start.jar", *(f"jre/{name}" for name in RUNTIME)])
     assert list(app.parent.iterdir()) == [app]
@@ -135,12 +138,12 @@ VENDORS = pathlib.Path(__file__).parents[2] / "samples" / "vendors"
 def test_an_application_says_where_its_java_comes_from(tmp_path):
     jar, old_runtime = make_jar(tmp_path / "a.jar", "first.Main"), write_files(tmp_path / "jre", ["jre/bin/java.exe"])
 
-    def made(*options):
-        ryn("make", "--name", "App", "--out", tmp_path / "App", "--jar", jar, *options)
+    def made(*options, code=0):
+        ryn("make", "--name", "App", "--out", tmp_path / "App", "--jar", jar, *options, code=code)
         app = (tmp_path / "App").rename(tmp_path / str(len(list(tmp_path.iterdir()))))
         return app, values_of(app / "App.ryn")
 
-    assert made("--runtime", old_runtime)[1]["ryn.nl.current.vm"] == "jre/jre/bin/java.exe"
+    assert made("--runtime", old_runtime, code=1)[1]["ryn.nl.current.vm"] == "jre/jre/bin/java.exe"
     app, values = made("--pack", "https://example.com/jre.vm", "--digest", DIGEST, "--no-start")
     assert values == {
         "ryn.application.name": "App", "ryn.class.path": "lib/a.jar", "ryn.nl.java.launcher.main.class": "first.Main",
@@ -150,7 +153,7 @@ def test_an_application_says_where_its_java_comes_from(tmp_path):
     assert values_of(app / "Windows/jvmspecs/jvmspecs.properties") == {
         "build.option": "withoutvm", "build.without.vm.search.option": "11", url: "https://example.com/jre.vm",
         f"{url}.md5Checksum.applicable": "true", f"{url}.md5Checksum.value": DIGEST.lower()}
-    app, values = made("--vendors", "--main", "other.Main")
+    app, values = made("--vendors", "--main", "other.Main", code=1)
     assert values["ryn.start.class"] == "other.Main" and "ryn.start.jar" not in values
     for file in VENDORS.iterdir():
         assert (app / "jvmspecs" / file.name).read_bytes() == file.read_bytes()
@@ -181,7 +184,9 @@ def test_an_application_is_not_made_among_other_files(tmp_path):
     assert "empty" in ryn(*command, tmp_path, code=2)
     assert [path.name for path in tmp_path.iterdir()] == ["mine"]
     (tmp_path / "mine").unlink()
-    assert json.loads(ryn(*command, tmp_path, "--json"))["files"] == ["App.exe", "App.ryn", "lib/"]
+    report = json.loads(ryn(*command, tmp_path, "--json", code=1))
+    assert report["files"] == ["App.exe", "App.ryn", "lib/"]
+    assert [finding["rule"] for finding in report["check"]["findings"] if finding["severity"] == "error"] == ["class-path"]
     # A jar that cannot be read as one has no main class, either.
     assert "Main-Class" in ryn("make", "--name", "App", "--jar", LAUNCHER, "--out", tmp_path / "b", code=2)
 
