@@ -5,8 +5,8 @@
 
 #include "properties/keys.h"
 #include "ryn/application_check.h"
+#include "ryn/jar.h"
 #include "ryn/output.h"
-#include "ryn/zip_file.h"
 #include "text/path_text.h"
 #include "text/text.h"
 #include "vmlaunch/launch_request.h"
@@ -38,34 +38,6 @@ constexpr std::pair<const char*, std::wstring_view> kManifestOptions[] = {
 int javaOf(ByteView classFile) {
   if (classFile.size() < kClassHeader || readU32(classFile, 0) != 0xBEBAFECA) return 0;
   return (classFile[6] << 8 | classFile[7]) - kClassVersionBase;
-}
-
-std::string lowerAscii(const std::string& text) {
-  return toUtf8(lowerCase(fromUtf8(text)));
-}
-
-/// The main attributes, names in small letters.
-std::map<std::string, std::string> manifestOf(const ZipFile& jar) {
-  std::map<std::string, std::string> attributes;
-  const std::optional<Bytes> content = jar.read("META-INF/MANIFEST.MF");
-  if (!content) return attributes;
-  const std::string text = toUtf8(replaceAll(
-      fromUtf8({reinterpret_cast<const char*>(content->data()), content->size()}), L"\r\n", L"\n"));
-  std::string* last = nullptr;
-  for (size_t at = 0; at < text.size();) {
-    const size_t end = std::min(text.find('\n', at), text.size());
-    const std::string line = text.substr(at, end - at);
-    at = end + 1;
-    if (line.empty()) break;
-    const size_t colon = line.find(": ");
-    if (line[0] == ' ' && last != nullptr) {
-      *last += line.substr(1);
-    } else if (colon != std::string::npos) {
-      last = &attributes[lowerAscii(line.substr(0, colon))];
-      *last = line.substr(colon + 2);
-    }
-  }
-  return attributes;
 }
 
 bool isClassOfProgram(const std::string& name) {

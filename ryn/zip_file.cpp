@@ -1,56 +1,8 @@
 #include "ryn/zip_file.h"
 
-#include <unzip.h>
-
 #include <algorithm>
-#include <cstring>
 
 namespace ryn {
-namespace {
-
-voidpf openMemory(voidpf, const void* path, int) {
-  return const_cast<void*>(path);
-}
-
-uLong readMemory(voidpf, voidpf stream, void* buffer, uLong size) {
-  auto& file = *static_cast<MemoryFile*>(stream);
-  const size_t count = std::min<size_t>(size, file.bytes.size() - file.at);
-  if (count != 0) std::memcpy(buffer, file.bytes.data() + file.at, count);
-  file.at += count;
-  return static_cast<uLong>(count);
-}
-
-ZPOS64_T tellMemory(voidpf, voidpf stream) {
-  return static_cast<MemoryFile*>(stream)->at;
-}
-
-long seekMemory(voidpf, voidpf stream, ZPOS64_T offset, int origin) {
-  auto& file = *static_cast<MemoryFile*>(stream);
-  size_t base = 0;
-  if (origin == ZLIB_FILEFUNC_SEEK_CUR) base = file.at;
-  if (origin == ZLIB_FILEFUNC_SEEK_END) base = file.bytes.size();
-  if (offset > file.bytes.size() - base) return -1;
-  file.at = base + static_cast<size_t>(offset);
-  return 0;
-}
-
-int nothing(voidpf, voidpf) {
-  return 0;
-}
-
-}  // namespace
-
-zlib_filefunc64_def_s memoryFunctions() {
-  return {.zopen64_file = openMemory,
-          .zread_file = readMemory,
-          .zwrite_file = nullptr,
-          .ztell64_file = tellMemory,
-          .zseek64_file = seekMemory,
-          .zclose_file = nothing,
-          .zerror_file = nothing,
-          .opaque = nullptr};
-}
-
 ZipFile::ZipFile(Bytes bytes) : bytes_(std::move(bytes)), file_{.bytes = bytes_} {
   zlib_filefunc64_def functions = memoryFunctions();
   reader_ = unzOpen2_64(&file_, &functions);

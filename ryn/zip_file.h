@@ -6,20 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "text/little_endian.h"
-
-struct zlib_filefunc64_def_s;
+#include "packs/memory_file.h"
 
 namespace ryn {
-
-/// Bytes that minizip takes for a file.
-struct MemoryFile {
-  ByteView bytes;
-  size_t at = 0;
-};
-
-/// How minizip reads a MemoryFile, whose address is the path.
-zlib_filefunc64_def_s memoryFunctions();
 
 /// A zip archive in memory: jars, and VM packs beside what the launcher makes of them.
 class ZipFile {
