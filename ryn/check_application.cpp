@@ -56,7 +56,7 @@ Findings checkApplication(const fs::path& folderOrFile) {
   const fs::path folder = file.parent_path();
   ApplicationCheck check{.probe = FolderProbe(folder.empty() ? "." : folder),
                          .prefix = folder.empty() ? "" : textOf(folder / ""),
-                         .ryn = PropertyLines(textOf(file), readFile(file)),
+                         .ryn = PropertyLines(textOf(file), textFile(file)),
                          .jvmspecs = {},
                          .options = {},
                          .plan = {},
@@ -65,7 +65,7 @@ Findings checkApplication(const fs::path& folderOrFile) {
                          .findings = {}};
   for (const std::wstring& path : jvmspecsPaths(FolderProbe::kFolder)) {
     if (!check.probe.fileExists(path)) continue;
-    check.jvmspecs.emplace(check.nameOf(path), readFile(*check.probe.find(path)));
+    check.jvmspecs.emplace(check.nameOf(path), textFile(*check.probe.find(path)));
     check.options = readBuildOptions(check.jvmspecs->properties());
     check.plan = planVm(check.options);
     break;
