@@ -133,6 +133,14 @@ Situation situationOf(const json& record, const Application& application,
   return situation;
 }
 
+bool isSigned(const Bytes& program) {
+  try {
+    return PeImage(program).isSigned();
+  } catch (const ImageError&) {
+    return false;
+  }
+}
+
 Explanation replay(const json& record, const Application& application,
                    const std::vector<std::string>& arguments, bool all) {
   Situation situation;
@@ -141,16 +149,12 @@ Explanation replay(const json& record, const Application& application,
   } catch (const json::exception& error) {
     throw CommandError(kUsage, std::string("the record of a machine: ") + error.what());
   }
-  // Another program than the one that the machine looked at.
-  const bool isSigned = [&] {
-    try {
-      return PeImage(application.launcher).isSigned();
-    } catch (const ImageError&) {
-      return false;
-    }
-  }();
-  if (isSigned == (situation.signature.empty() || situation.signature == "none"))
-    situation.signature = isSigned ? "unchecked" : "none";
+  // Today's program is another than the one that was looked at.
+  if (!isSigned(application.launcher)) {
+    situation.signature = "none";
+  } else if (situation.signature.empty() || situation.signature == "none") {
+    situation.signature = "unchecked";
+  }
   return explain(application, situation,
                  ReplayProbe(record, folderPart(situation.programPath), application.here), all);
 }
