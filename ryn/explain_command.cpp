@@ -47,11 +47,12 @@ std::wstring searchedTexts(const Application& application, const json& record) {
 EnvironmentMap neededVariables(const EnvironmentMap& environment, const std::wstring& texts) {
   const std::wstring searched = foldCase(texts);
   EnvironmentMap needed;
-  for (const auto& [name, value] : environment) {
+  for (const auto& variable : environment) {
+    const std::wstring& name = variable.first;
     const auto isName = [&](const wchar_t* each) { return equalIgnoringCase(each, name); };
     if (std::any_of(std::begin(kSearchedVariables), std::end(kSearchedVariables), isName) ||
         searched.find(foldCase(concat({L"%", name, L"%"}))) != std::wstring::npos) {
-      needed[name] = value;
+      needed.insert(variable);
     }
   }
   return needed;
