@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 
+#include "ryn/check_command.h"
 #include "ryn/explain_command.h"
 #include "ryn/machine.h"
 #include "ryn/make_command.h"
@@ -42,8 +43,9 @@ int runProgram(const std::vector<std::string>& arguments) {
       "Example: ryn make --help\n\n"
       "Exit codes: 0 good, 1 refused or a negative answer, 2 usage or unreadable input.");
   ExitCode ended = kGood;
+  addCheckCommand(program, ended);
   addExplainCommand(program, ended);
-  addMakeCommand(program);
+  addMakeCommand(program, ended);
   addPackCommand(program);
   if (arguments.size() <= 1) {
     if (hasOwnConsole()) return tellSupport();

@@ -41,7 +41,7 @@ void buildPack(const PackOptions& options) {
   writeFile(out, pack);
 
   const std::string md5 = md5Of(pack);
-  const std::string lines = jvmspecsLines(textOf(out.filename()), md5);
+  const std::string lines = jvmspecsLines("https://downloads.example.com/" + textOf(out.filename()), md5);
   if (options.json) {
     const nlohmann::ordered_json report = {
         {"schema", 1},         {"pack", options.out}, {"files", names.size()},
@@ -56,10 +56,10 @@ void buildPack(const PackOptions& options) {
 
 }  // namespace
 
-std::string jvmspecsLines(std::string_view fileName, std::string_view md5) {
+std::string jvmspecsLines(std::string_view url, std::string_view md5) {
   const std::string key = "build.without.vm.not.found.download.url";
   std::string lines = "build.option=withoutvm\nbuild.without.vm.search.option=11\n";
-  lines += key + "=https://downloads.example.com/" + std::string(fileName) + "\n";
+  lines += key + "=" + std::string(url) + "\n";
   lines += key + ".md5Checksum.applicable=true\n";
   lines += key + ".md5Checksum.value=" + std::string(md5) + "\n";
   return lines;
