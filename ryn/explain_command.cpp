@@ -34,8 +34,7 @@ constexpr const wchar_t* kSearchedVariables[] = {L"RYN_VM",       L"PATH",      
 
 /// The texts that say where VMs are looked for.
 std::wstring searchedTexts(const Application& application, const json& record) {
-  const ByteView vendors = embeddedVendors();
-  std::wstring texts = widenBytes({reinterpret_cast<const char*>(vendors.data()), vendors.size()});
+  std::wstring texts = textOfBytes(embeddedVendors());
   for (const PropertyFile* file : {&application.properties, &application.jvmspecs}) {
     for (const auto& [key, value] : file->entries()) texts += L"\n" + value;
   }
@@ -176,7 +175,7 @@ Explanation explanationFor(const ExplainOptions& options, const Application& app
   if (!options.machine.empty())
     return replay(readRecord(options.machine), application, options.arguments, options.all);
   std::optional<Explanation> result;
-  withThisMachine(application.here.path() / pathOf(toUtf8(application.name) + ".exe"), options.arguments,
+  withThisMachine(application.folder / pathOf(toUtf8(application.name) + ".exe"), options.arguments,
                   [&](const Situation& situation, const VmProbe& machine) {
                     if (options.save.empty()) {
                       result = explain(application, situation, machine, options.all);

@@ -57,6 +57,10 @@ class FolderProbe final : public VmProbe {
   std::filesystem::path folder_;
 };
 
+/// The property file of an application, by itself, by the program of its name, or by the folder that has no
+/// other one. Throws CommandError (kUsage) for anything else.
+std::filesystem::path propertyFileOf(const std::filesystem::path& application);
+
 /// The content of a file as the launcher reads text: one character for each byte, line ends as "\n", up to a
 /// Ctrl-Z.
 std::wstring textOfBytes(ByteView bytes);
