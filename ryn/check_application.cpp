@@ -1,7 +1,6 @@
 #include "ryn/check_application.h"
 
 #include <algorithm>
-#include <tuple>
 
 #include "provision/application_paths.h"
 #include "ryn/application_check.h"
@@ -35,15 +34,15 @@ std::string ApplicationCheck::nameOf(const std::wstring& fullPath) const {
   if (!found) {
     return prefix + toUtf8(replaceAll(FolderProbe::inside(fullPath).value_or(fullPath), L"\\", L"/"));
   }
-  return textOf(*found);
+  return textOf(found->lexically_normal());
 }
 
 Findings checkApplication(const fs::path& folderOrFile) {
-  const fs::path file = propertyFileOf(folderOrFile);
+  const fs::path file = propertyFileOf(folderOrFile).lexically_normal();
   const fs::path folder = file.parent_path();
   ApplicationCheck check{.probe = FolderProbe(folder.empty() ? "." : folder),
                          .prefix = folder.empty() ? "" : textOf(folder / ""),
-                         .ryn = PropertyLines(textOf(file), readFile(file)),
+                         .ryn = PropertyLines(textOf(file), textFile(file)),
                          .jvmspecs = {},
                          .options = {},
                          .plan = {},
@@ -52,7 +51,7 @@ Findings checkApplication(const fs::path& folderOrFile) {
                          .findings = {}};
   for (const std::wstring& path : jvmspecsPaths(FolderProbe::kFolder)) {
     if (!check.probe.fileExists(path)) continue;
-    check.jvmspecs.emplace(check.nameOf(path), readFile(*check.probe.find(path)));
+    check.jvmspecs.emplace(check.nameOf(path), textFile(*check.probe.find(path)));
     check.options = readBuildOptions(check.jvmspecs->properties());
     check.plan = planVm(check.options);
     break;
@@ -63,9 +62,7 @@ Findings checkApplication(const fs::path& folderOrFile) {
   checkVms(check);
   checkStart(check);
   checkOptions(check);
-  std::stable_sort(check.findings.begin(), check.findings.end(), [](const Finding& a, const Finding& b) {
-    return std::tie(a.file, a.line) < std::tie(b.file, b.line);
-  });
+  sortFindings(check.findings);
   return std::move(check.findings);
 }
 

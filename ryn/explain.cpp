@@ -372,7 +372,7 @@ Application::Application(const fs::path& given)
     : folder(fs::absolute(propertyFileOf(given)).parent_path()), here(folder) {
   const fs::path file = propertyFileOf(given);
   name = fromUtf8(textOf(file.stem()));
-  properties.parse(textOfBytes(readFile(file)));
+  properties.parse(textFile(file));
   for (const std::wstring& path : jvmspecsPaths(FolderProbe::kFolder)) {
     if (!here.fileExists(path)) continue;
     jvmspecsPath = *FolderProbe::inside(path);

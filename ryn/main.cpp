@@ -48,7 +48,7 @@ int runProgram(const std::vector<std::string>& arguments) {
   addCheckCommand(program, ended);
   addExplainCommand(program, ended);
   addMakeCommand(program, ended);
-  addPackCommand(program);
+  addPackCommand(program, ended);
   if (arguments.size() <= 1) {
     if (hasOwnConsole()) return tellSupport();
     std::cerr << program.help();
