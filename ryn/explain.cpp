@@ -340,6 +340,7 @@ class Explainer {
       add(maker, "Leave ryn.win32.vm.bits out, unless the application needs " +
                      std::to_string(*result_.bits) + " bits.");
     }
+    if (isAnywhere) add(maker, "Search where vendors leave their VMs: ryn make --vendors.");
     if (wasSeen(VmOutcome::kNoMatchingToken))
       add(maker, "Let ryn.nl.valid.vm.list, now " + wantedText() +
                      ", admit what was found, if the application runs with it.");
@@ -350,7 +351,6 @@ class Explainer {
         wasSeen(VmOutcome::kValidatorNotStarted)) {
       add(maker, "Look into Verify.jar; where a version range such as 17+ says what it asks, leave it out.");
     }
-    if (isAnywhere) add(maker, "Search where vendors leave their VMs: ryn make --vendors.");
     add(maker, "Bring a Java along (ryn make --runtime), or have one fetched (--pack).");
   }
 

@@ -232,9 +232,10 @@ void addExplainCommand(CLI::App& program, ExitCode& ended) {
       "Exit codes: 0 a launch starts a VM, 1 it starts none, 2 usage or unreadable input.");
   const auto o = std::make_shared<ExplainOptions>();
   explain->add_option("APPLICATION", o->application, "Its program, or its folder")->required();
-  explain->add_option("--save", o->save,
-                      "Keep what was seen of the machine, without the user's name, in a file");
-  explain->add_option("--machine", o->machine, "Take the machine from such a file instead of this one");
+  CLI::Option* const save = explain->add_option(
+      "--save", o->save, "Keep what was seen of the machine, without the user's name, in a file");
+  explain->add_option("--machine", o->machine, "Take the machine from such a file instead of this one")
+      ->excludes(save);
   explain->add_flag("--all", o->all, "Go on behind the choice, and tell what else lies on the machine");
   explain->add_flag("--json", o->json, "Report as JSON");
   explain->add_option("ARGUMENTS", o->arguments, "Arguments of the launch, behind \"--\"");
