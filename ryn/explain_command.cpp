@@ -34,8 +34,7 @@ constexpr const wchar_t* kSearchedVariables[] = {L"RYN_VM",       L"PATH",      
 
 /// The texts that say where VMs are looked for.
 std::wstring searchedTexts(const Application& application, const json& record) {
-  const ByteView vendors = embeddedVendors();
-  std::wstring texts = widenBytes({reinterpret_cast<const char*>(vendors.data()), vendors.size()});
+  std::wstring texts = textOfBytes(embeddedVendors());
   for (const PropertyFile* file : {&application.properties, &application.jvmspecs}) {
     for (const auto& [key, value] : file->entries()) texts += L"\n" + value;
   }
@@ -52,7 +51,7 @@ EnvironmentMap neededVariables(const EnvironmentMap& environment, const std::wst
     const auto isName = [&](const wchar_t* each) { return equalIgnoringCase(each, name); };
     if (std::any_of(std::begin(kSearchedVariables), std::end(kSearchedVariables), isName) ||
         searched.find(foldCase(concat({L"%", name, L"%"}))) != std::wstring::npos) {
-      needed[name] = variable.second;
+      needed.insert(variable);
     }
   }
   return needed;
@@ -134,6 +133,14 @@ Situation situationOf(const json& record, const Application& application,
   return situation;
 }
 
+bool isSigned(const Bytes& program) {
+  try {
+    return PeImage(program).isSigned();
+  } catch (const ImageError&) {
+    return false;
+  }
+}
+
 Explanation replay(const json& record, const Application& application,
                    const std::vector<std::string>& arguments, bool all) {
   Situation situation;
@@ -142,16 +149,12 @@ Explanation replay(const json& record, const Application& application,
   } catch (const json::exception& error) {
     throw CommandError(kUsage, std::string("the record of a machine: ") + error.what());
   }
-  // Another program than the one that the machine looked at.
-  const bool isSigned = [&] {
-    try {
-      return PeImage(application.launcher).isSigned();
-    } catch (const ImageError&) {
-      return false;
-    }
-  }();
-  if (isSigned == (situation.signature.empty() || situation.signature == "none"))
-    situation.signature = isSigned ? "unchecked" : "none";
+  // Today's program is another than the one that was looked at.
+  if (!isSigned(application.launcher)) {
+    situation.signature = "none";
+  } else if (situation.signature.empty() || situation.signature == "none") {
+    situation.signature = "unchecked";
+  }
   return explain(application, situation,
                  ReplayProbe(record, folderPart(situation.programPath), application.here), all);
 }
@@ -172,7 +175,7 @@ Explanation explanationFor(const ExplainOptions& options, const Application& app
   if (!options.machine.empty())
     return replay(readRecord(options.machine), application, options.arguments, options.all);
   std::optional<Explanation> result;
-  withThisMachine(application.here.path() / pathOf(toUtf8(application.name) + ".exe"), options.arguments,
+  withThisMachine(application.folder / pathOf(toUtf8(application.name) + ".exe"), options.arguments,
                   [&](const Situation& situation, const VmProbe& machine) {
                     if (options.save.empty()) {
                       result = explain(application, situation, machine, options.all);
@@ -229,9 +232,10 @@ void addExplainCommand(CLI::App& program, ExitCode& ended) {
       "Exit codes: 0 a launch starts a VM, 1 it starts none, 2 usage or unreadable input.");
   const auto o = std::make_shared<ExplainOptions>();
   explain->add_option("APPLICATION", o->application, "Its program, or its folder")->required();
-  explain->add_option("--save", o->save,
-                      "Keep what was seen of the machine, without the user's name, in a file");
-  explain->add_option("--machine", o->machine, "Take the machine from such a file instead of this one");
+  CLI::Option* const save = explain->add_option(
+      "--save", o->save, "Keep what was seen of the machine, without the user's name, in a file");
+  explain->add_option("--machine", o->machine, "Take the machine from such a file instead of this one")
+      ->excludes(save);
   explain->add_flag("--all", o->all, "Go on behind the choice, and tell what else lies on the machine");
   explain->add_flag("--json", o->json, "Report as JSON");
   explain->add_option("ARGUMENTS", o->arguments, "Arguments of the launch, behind \"--\"");

@@ -80,7 +80,7 @@ std::string vmText(const SeenVm& seen) {
   const VmCandidate& vm = seen.vm.candidate;
   std::string text;
   if (!vm.vendor.empty()) text = utf8(nameOf(vm.kind)) + " " + versionOf(vm.version) + ", " + utf8(vm.vendor);
-  if (seen.bits) text += ", " + std::to_string(*seen.bits) + "-bit";
+  if (seen.bits) text += (text.empty() ? "" : ", ") + std::to_string(*seen.bits) + "-bit";
   return text;
 }
 
@@ -102,7 +102,8 @@ class Text {
     size_t number = 0;
     for (const SeenVm& seen : vms) {
       item(std::to_string(++number) + ". " + utf8(nameOf(seen.vm.source)) + ": " + utf8(seen.vm.where));
-      if (seen.isVm()) item("   " + utf8(seen.vm.candidate.folder) + " (" + vmText(seen) + ")");
+      const std::string kind = vmText(seen);
+      if (seen.isVm()) item("   " + utf8(seen.vm.candidate.folder) + (kind.empty() ? "" : " (" + kind + ")"));
       item("   " + (accepted && seen.isAccepted ? "would do" : wordsFor(seen.vm.outcome)));
     }
     if (vms.empty()) item("nothing");
@@ -162,9 +163,9 @@ ordered_json textsOf(const std::vector<std::wstring>& texts) {
 void tellResult(const Explanation& e, Text& text) {
   const LaunchPlan& plan = *e.plan;
   text.title(e.isLaunched() ? "A launch runs" : "A launch would run, if it were not refused");
-  for (const std::wstring& argument : e.arguments) text.item(utf8(argument));
-  text.item("");
-  text.item("in the folder " + utf8(plan.request.workingDirectory));
+  for (const std::wstring& argument : e.arguments) text.item(argument.empty() ? "\"\"" : utf8(argument));
+  text.title("In the folder");
+  text.item(utf8(plan.request.workingDirectory));
   if (!plan.options.empty()) text.title("Options, and who asked for them");
   for (const VmOption& option : plan.options)
     text.item(std::string(nameOf(option.origin)) + ": " + utf8(option.text));

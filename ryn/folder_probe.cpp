@@ -1,5 +1,6 @@
 #include "ryn/folder_probe.h"
 
+#include "properties/keys.h"
 #include "ryn/output.h"
 #include "text/fold_case.h"
 #include "text/path_text.h"
@@ -81,6 +82,22 @@ VersionResource FolderProbe::versionResource(const std::wstring& path) const {
 
 ImageBitness FolderProbe::imageBitness(const std::wstring& path) const {
   return fileExists(path) ? bitnessOfImage(readFile(*find(path))) : ImageBitness::kUnknown;
+}
+
+fs::path propertyFileOf(const fs::path& application) {
+  const bool isFolder = fs::is_directory(application);
+  const fs::path above = application.parent_path();
+  const fs::path folder = isFolder ? application : above.empty() ? "." : above;
+  const std::wstring wanted =
+      foldCase(replaceExtension(fromUtf8(textOf(application.filename())), kPropertiesExtension));
+  std::vector<fs::path> files;
+  for (const auto& [name, path] : entriesOf(folder)) {
+    if (isFolder ? name.ends_with(foldCase(kPropertiesExtension)) : name == wanted) files.push_back(path);
+  }
+  if (files.size() == 1) return files.front();
+  throw CommandError(
+      kUsage, textOf(application) +
+                  (files.empty() ? ": there is no .ryn file" : ": there are several .ryn files, name one"));
 }
 
 }  // namespace ryn

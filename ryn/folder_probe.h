@@ -58,4 +58,8 @@ class FolderProbe final : public VmProbe {
   LocalFolder folder_;
 };
 
+/// The property file of an application, by itself, by the program of its name, or by the folder that has no
+/// other one. Throws CommandError (kUsage) for anything else.
+std::filesystem::path propertyFileOf(const std::filesystem::path& application);
+
 }  // namespace ryn

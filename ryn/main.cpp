@@ -10,6 +10,7 @@
 #include "ryn/output.h"
 #include "ryn/pack_command.h"
 #include "ryn/program.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {
@@ -18,7 +19,8 @@ namespace {
 int tellSupport() {
   ExitCode ended = kGood;
   try {
-    std::cout << "The report about this application is\n\n    " << textOf(writeSupportReport())
+    std::cout << "The report about this application is\n\n    "
+              << toUtf8(replaceAll(fromUtf8(textOf(writeSupportReport())), L"/", L"\\"))
               << "\n\nPlease send it to those who asked for it.\n";
   } catch (const CommandError& error) {
     std::cout << error.what() << "\n\nStart this program on a command line: ryn --help\n";
@@ -36,6 +38,8 @@ int runProgram(const std::vector<std::string>& arguments) {
   for (const std::string& argument : arguments) words.push_back(argument.c_str());
   CLI::App program("Makes applications and VM packs for the Ryn launcher", "ryn");
   program.set_version_flag("--version", "ryn " RYN_VERSION);
+  // The same command lines on all systems: "/" begins a path.
+  program.allow_windows_style_options(false);
   program.require_subcommand(1);
   program.footer(
       "Example: ryn make --help\n\n"
