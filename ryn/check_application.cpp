@@ -1,7 +1,6 @@
 #include "ryn/check_application.h"
 
 #include <algorithm>
-#include <tuple>
 
 #include "provision/application_paths.h"
 #include "ryn/application_check.h"
@@ -48,12 +47,12 @@ std::string ApplicationCheck::nameOf(const std::wstring& fullPath) const {
   if (!found) {
     return prefix + toUtf8(replaceAll(FolderProbe::inside(fullPath).value_or(fullPath), L"\\", L"/"));
   }
-  return textOf(*found);
+  return textOf(found->lexically_normal());
 }
 
 Findings checkApplication(const fs::path& folderOrFile) {
   const bool isFolder = fs::is_directory(folderOrFile);
-  const fs::path file = isFolder ? rynFileIn(folderOrFile) : folderOrFile;
+  const fs::path file = (isFolder ? rynFileIn(folderOrFile) : folderOrFile).lexically_normal();
   const fs::path folder = file.parent_path();
   ApplicationCheck check{.probe = FolderProbe(folder.empty() ? "." : folder),
                          .prefix = folder.empty() ? "" : textOf(folder / ""),
@@ -77,9 +76,7 @@ Findings checkApplication(const fs::path& folderOrFile) {
   checkVms(check);
   checkStart(check);
   checkOptions(check);
-  std::stable_sort(check.findings.begin(), check.findings.end(), [](const Finding& a, const Finding& b) {
-    return std::tie(a.file, a.line) < std::tie(b.file, b.line);
-  });
+  sortFindings(check.findings);
   return std::move(check.findings);
 }
 

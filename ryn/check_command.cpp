@@ -3,8 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "ryn/check_application.h"
+#include "ryn/findings_report.h"
 
 namespace ryn {
 namespace {
@@ -20,7 +22,7 @@ void report(const CheckOptions& options, ExitCode& ended) {
   if (options.sarif)
     std::cout << findingsSarif(findings);
   else if (options.json)
-    std::cout << findingsJson(options.checked, findings);
+    std::cout << findingsJson(options.checked, findings).dump(2) << "\n";
   else
     std::cout << findingsText(findings);
   ended = isGood(findings) ? kGood : kNegative;

@@ -16,6 +16,7 @@ constexpr wchar_t kHeapInitialKey[] = L"ryn.nl.java.option.java.heap.size.initia
 constexpr wchar_t kNoAsyncGcKey[] = L"ryn.nl.java.option.garbage.collection.background.thread";
 /// HotSpot starts with no less, by its own words.
 constexpr uint64_t kLeastHeap = uint64_t{2} << 20;
+constexpr uint64_t kLeastInitialHeap = uint64_t{1} << 20;
 /// About what the address space of a 32-bit program on Windows has in one piece.
 constexpr uint64_t kLargestHeapOf32Bits = uint64_t{1400} << 20;
 constexpr int kFirstModular = 9;
@@ -32,10 +33,20 @@ struct RefusedOption {
 // its notes say so. What begins with "--" is unknown to Java 8.
 constexpr RefusedOption kRefused[] = {
     {L"--", 0, 8},
+    {L"--enable-native-access", 9, 16},
+    {L"--finalization=", 9, 17},
+    {L"--sun-misc-unsafe-memory-access", 9, 22},
     {L"-Xlog:", 0, 8},
+    {L"-XX:+UseZGC", 0, 11},
+    {L"-XX:+ZGenerational", 0, 17},
+    {L"-XX:+UseCompactObjectHeaders", 0, 21},
+    {L"-Djava.security.manager=allow", 9, 11},
     {L"-Xnoasyncgc", 11},
     {L"-Xincgc", 11},
     {L"-Xconcgc", 17},
+    {L"-Xfuture", 25},
+    {L"-Xrunhprof", 11},
+    {L"-agentlib:hprof", 11},
     {L"-d32", 11},
     {L"-d64", 11},
     {L"-Xbootclasspath/p:", 9},
@@ -53,6 +64,7 @@ constexpr RefusedOption kRefused[] = {
     {L"-XX:+PrintGCTimeStamps", 11},
     {L"-XX:+UseGCLogFileRotation", 11},
     {L"-XX:+AggressiveOpts", 17},
+    {L"-XX:+UnlockCommercialFeatures", 11},
     {L"-XX:+TraceClassLoading", 17},
     {L"-XX:+UseBiasedLocking", 21},
 };
@@ -113,6 +125,9 @@ class Checker {
       check_.add("heap", check_.ryn, kHeapMaxKey,
                  concat({L"\"", text, L"\" is ", decimal(static_cast<long long>(most)),
                          L" bytes, and no VM starts with less than 2m: write m behind the number"}));
+    } else if (initial != 0 && initial < kLeastInitialHeap) {
+      check_.add("heap", check_.ryn, kHeapInitialKey,
+                 L"is less than the 1m that VMs start with: write m behind the number");
     } else if (most != 0 && initial > most) {
       check_.add("heap", check_.ryn, kHeapInitialKey, L"is more than the largest size, which no VM accepts");
     }

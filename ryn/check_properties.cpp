@@ -214,7 +214,7 @@ class Checker {
       if (next == L'u') {
         const size_t end = std::min(text.find_first_not_of(L"0123456789abcdefABCDEF", i + 1), text.size());
         const size_t digits = end - i - 1;
-        const std::wstring_view around = text.substr(i - 1, 8);
+        const std::wstring_view around = text.substr(i - 1, text.find_first_of(L";, \"", i) - (i - 1));
         if (digits == 0) {
           add("empty-escape", {L"\"", around,
                                L"\": \\u without digits ends the text here; write \"/\" or "

@@ -68,7 +68,7 @@ class Checker {
   // As the launcher does before it looks for a VM.
   void checkRequired() {
     const PropertyFile& properties = ryn().properties();
-    if (classPath(properties, check_.environment).empty() && !ryn().get(kClassPathKey).starts_with(L'$')) {
+    if (ryn().get(kClassPathKey).empty()) {
       check_.add("missing-key", ryn(), kClassPathKey, L"no launch goes on without ryn.class.path");
     }
     if (mainClass(properties).empty())
@@ -112,6 +112,11 @@ class Checker {
   }
 
   void checkEntry(const std::wstring& entry) {
+    // Left by an escape without digits, which has been told of.
+    if (entry.find(L'\0') != entry.npos) {
+      isOpen_ = true;
+      return;
+    }
     const std::wstring path = FolderProbe::resolved(entry);
     std::optional<std::wstring> inside = FolderProbe::inside(path);
     if (!inside) {

@@ -23,6 +23,13 @@ constexpr wchar_t kValidatorJar[] = L"jvmspecs\\Verify.jar";
 /// Older ones are met on no machine of today.
 constexpr int kOldestJava = 8;
 
+VmCandidate someJava(int generation, VmKind kind = VmKind::kJre) {
+  VmCandidate vm;
+  vm.version = VmVersion(static_cast<int16_t>(generation), 0, 0);
+  vm.kind = kind;
+  return vm;
+}
+
 class Checker {
  public:
   explicit Checker(ApplicationCheck& check)
@@ -72,8 +79,9 @@ class Checker {
       }
       if (range) listed_.emplace_back(range->least.generation, range->greatest.generation);
       if (range) continue;
-      if (matchesToken(VmCandidate(), token)) {
-        listed_.emplace_back(kOldestJava, INT_MAX);
+      if (const std::optional<bool> acceptsOld = matchesToken(someJava(kOldestJava), token)) {
+        if (*acceptsOld || matchesToken(someJava(kOldestJava, VmKind::kJdk), token) == true)
+          listed_.emplace_back(kOldestJava, INT_MAX);
       } else if (!hasValidator_ || token.find(L'"') != token.npos) {
         addToList("valid-vm",
                   {L"\"", token, L"\" accepts nothing",
@@ -101,8 +109,8 @@ class Checker {
     if (searches_) check_.javas = listed_;
     if (!choice.chosen) return;
     const int generation = generationOf(*choice.chosen);
-    isFirst_ = choice.considered.front().outcome == VmOutcome::kChosen &&
-               choice.considered.front().source != VmSource::kDescription;
+    isFirst_ = !searches_ || (choice.considered.front().source == VmSource::kCurrentVm &&
+                              choice.considered.front().outcome == VmOutcome::kChosen);
     if (isFirst_) {
       check_.ownJava = generation;
       check_.javas.clear();

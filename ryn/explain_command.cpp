@@ -52,7 +52,7 @@ EnvironmentMap neededVariables(const EnvironmentMap& environment, const std::wst
     const auto isName = [&](const wchar_t* each) { return equalIgnoringCase(each, name); };
     if (std::any_of(std::begin(kSearchedVariables), std::end(kSearchedVariables), isName) ||
         searched.find(foldCase(concat({L"%", name, L"%"}))) != std::wstring::npos) {
-      needed[name] = variable.second;
+      needed.insert(variable);
     }
   }
   return needed;
@@ -134,6 +134,14 @@ Situation situationOf(const json& record, const Application& application,
   return situation;
 }
 
+bool isSigned(const Bytes& program) {
+  try {
+    return PeImage(program).isSigned();
+  } catch (const ImageError&) {
+    return false;
+  }
+}
+
 Explanation replay(const json& record, const Application& application,
                    const std::vector<std::string>& arguments, bool all) {
   Situation situation;
@@ -142,16 +150,12 @@ Explanation replay(const json& record, const Application& application,
   } catch (const json::exception& error) {
     throw CommandError(kUsage, std::string("the record of a machine: ") + error.what());
   }
-  // Another program than the one that the machine looked at.
-  const bool isSigned = [&] {
-    try {
-      return PeImage(application.launcher).isSigned();
-    } catch (const ImageError&) {
-      return false;
-    }
-  }();
-  if (isSigned == (situation.signature.empty() || situation.signature == "none"))
-    situation.signature = isSigned ? "unchecked" : "none";
+  // Today's program is another than the one that was looked at.
+  if (!isSigned(application.launcher)) {
+    situation.signature = "none";
+  } else if (situation.signature.empty() || situation.signature == "none") {
+    situation.signature = "unchecked";
+  }
   return explain(application, situation,
                  ReplayProbe(record, folderPart(situation.programPath), application.here), all);
 }

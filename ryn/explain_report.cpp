@@ -162,9 +162,9 @@ ordered_json textsOf(const std::vector<std::wstring>& texts) {
 void tellResult(const Explanation& e, Text& text) {
   const LaunchPlan& plan = *e.plan;
   text.title(e.isLaunched() ? "A launch runs" : "A launch would run, if it were not refused");
-  for (const std::wstring& argument : e.arguments) text.item(utf8(argument));
-  text.item("");
-  text.item("in the folder " + utf8(plan.request.workingDirectory));
+  for (const std::wstring& argument : e.arguments) text.item(argument.empty() ? "\"\"" : utf8(argument));
+  text.title("In the folder");
+  text.item(utf8(plan.request.workingDirectory));
   if (!plan.options.empty()) text.title("Options, and who asked for them");
   for (const VmOption& option : plan.options)
     text.item(std::string(nameOf(option.origin)) + ": " + utf8(option.text));

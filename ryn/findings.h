@@ -35,16 +35,10 @@ using Findings = std::vector<Finding>;
 
 size_t countOf(const Findings& findings, Severity severity);
 
+/// By file and line; what has both in common keeps its order.
+void sortFindings(Findings& findings);
+
 /// Nothing but notes.
 bool isGood(const Findings& findings);
-
-/// A line for each: "file:line: error: text [rule]".
-std::string findingsText(const Findings& findings);
-
-/// One object with the findings and their numbers: docs/check.md.
-std::string findingsJson(const std::string& checked, const Findings& findings);
-
-/// A log in the Static Analysis Results Interchange Format 2.1.0 of OASIS, with all rules of the program.
-std::string findingsSarif(const Findings& findings);
 
 }  // namespace ryn

@@ -42,7 +42,7 @@ bool isFlag(const json& value) {
   return value.is_boolean();
 }
 bool isNumber(const json& value) {
-  return value.is_number_unsigned();
+  return value.is_number_integer();
 }
 
 template <auto isValid>

@@ -36,6 +36,8 @@ int runProgram(const std::vector<std::string>& arguments) {
   for (const std::string& argument : arguments) words.push_back(argument.c_str());
   CLI::App program("Makes applications and VM packs for the Ryn launcher", "ryn");
   program.set_version_flag("--version", "ryn " RYN_VERSION);
+  // The same command lines on all systems: "/" begins a path.
+  program.allow_windows_style_options(false);
   program.require_subcommand(1);
   program.footer(
       "Example: ryn make --help\n\n"
@@ -44,7 +46,7 @@ int runProgram(const std::vector<std::string>& arguments) {
   addCheckCommand(program, ended);
   addExplainCommand(program, ended);
   addMakeCommand(program, ended);
-  addPackCommand(program);
+  addPackCommand(program, ended);
   if (arguments.size() <= 1) {
     if (hasOwnConsole()) return tellSupport();
     std::cerr << program.help();

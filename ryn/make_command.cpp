@@ -13,6 +13,7 @@
 #include "ryn/branding.h"
 #include "ryn/check_application.h"
 #include "ryn/embedded.h"
+#include "ryn/findings_report.h"
 #include "ryn/jar.h"
 #include "ryn/output.h"
 #include "ryn/pack_command.h"
@@ -293,7 +294,7 @@ ExitCode makeApplication(const MakeOptions& options) {
   const ExitCode ended = isGood(findings) ? kGood : kNegative;
   if (options.json) {
     nlohmann::ordered_json report = {{"schema", 1}, {"folder", textOf(out)}, {"files", files}};
-    report["check"] = nlohmann::ordered_json::parse(findingsJson(options.out, findings));
+    report["check"] = findingsJson(options.out, findings);
     std::cout << report.dump(2) << "\n";
     return ended;
   }
