@@ -6,7 +6,7 @@ import subprocess
 import pefile
 import pytest
 
-from harness import App, install_vm, ryn
+from harness import BUILD, App, install_vm, ryn, windows_path
 # Some of the launcher's own tests, which a branded one has to pass, and what they need.
 from test_arguments import argument_app, test_arguments_are_relative_to_the_folder_of_the_caller  # noqa: F401
 from test_console import test_control_key_opens_a_console_and_holds_it  # noqa: F401
@@ -88,3 +88,17 @@ def test_a_pack_is_fetched_once(host, web, tmp_path):
         "--pack", f"{web.url}/jre.vm", "--digest", report["md5"], code=NO_JAR)
     app = App(host, tmp_path / "app", "Fetch")
     assert [boxes_of(app.run(env={"STAND_IN_EXIT": "7"})), web.answers.clear(), boxes_of(app.run())] == [[PROGRESS], None, []]
+
+
+def test_the_same_folder_is_made_on_windows(host, tmp_path):
+    files = []
+    for system in "native", "windows":
+        out = tmp_path / system / "Größe"
+        arguments = ["make", "--name", "Größe", "--main", "a.Main", "--version", "1.2", "--vendors", "--out"]
+        if system == "native":
+            ryn(*arguments, out, code=NO_JAR)
+        else:
+            out.parent.mkdir()
+            assert host.wine(BUILD / "ryn" / "ryn.exe", *arguments, windows_path(out), check=False) == NO_JAR
+        files.append({path.relative_to(out): path.read_bytes() for path in out.rglob("*") if path.is_file()})
+    assert files[0] == files[1] and len(files[0]) == 5
