@@ -75,7 +75,7 @@ def ryn(*arguments, code=0):
     """Runs the program for makers; returns its output, or what it complained of."""
     done = subprocess.run([RYN, *map(str, arguments)], capture_output=True, text=True, timeout=120)
     assert done.returncode == code, done.stdout + done.stderr
-    return done.stdout if code == 0 else done.stderr
+    return done.stdout or done.stderr
 
 
 class Host:
