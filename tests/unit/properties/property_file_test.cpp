@@ -32,7 +32,7 @@ TEST(PropertyFileTest, Parses) {
       {L"path=C:\\dir\\  \nmore\n", {{L"path", L"C:\\dir "}}},
       {L"path=C:\\dir\\\\\nk\\=\\\n", {{L"path", L"C:\\dir\\ "}, {L"k\\", L" "}}},
       // Only "\u" escapes, after trimming and after the look at the end.
-      {L"k=\\u0041\\u00e9x\n", {{L"k", L"A\u00e9x"}}},
+      {L"k=\\u0041\\u00aAx\\u09fF\n", {{L"k", L"A\u00aax\u09ff"}}},
       {L"k=\\u00411\\u41g\\uFfFe\n", {{L"k", L"A1Ag\ufffe"}}},
       {L"k=a\\uz\n", {{L"k", std::wstring(L"a\0z", 3)}}},
       {L"k=a\\tb\\n\\\\c\\=\\:\\U0041\\\\u0041\n", {{L"k", L"a\\tb\\n\\\\c\\=\\:\\U0041\\\\u0041"}}},
