@@ -1,8 +1,8 @@
 #include <algorithm>
 
 #include "fuzz/input.h"
+#include "packs/memory_file.h"
 #include "provision/pack_reader.h"
-#include "tests/unit/provision/memory_file.h"
 
 using namespace ryn;
 
@@ -31,9 +31,9 @@ void checkName(std::wstring_view name, bool hadParent) {
 }
 
 void checkArchive(ByteView bytes) {
-  test::MemoryFile file{bytes};
+  MemoryFile file{bytes};
   PackReader reader([](uint32_t dosDateTime) { return uint64_t{dosDateTime}; });
-  zlib_filefunc64_def functions = test::memoryFunctions();
+  zlib_filefunc64_def functions = memoryFunctions();
   if (!reader.open(functions, &file)) return;
   PackEntry entry;
   reader.getEntry(-1, entry);

@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include "platform/output.h"
-#include "platform/text.h"
 
 namespace ryn {
 namespace {
@@ -29,16 +28,6 @@ BOOL WINAPI leaveToVm(DWORD event) {
 }
 
 }  // namespace
-
-ConsoleReason decideConsole(bool controlKeyDown, bool commandLineFlag, const std::wstring& stdoutRedirect,
-                            const std::wstring& stderrRedirect) {
-  if (controlKeyDown) return ConsoleReason::kControlKey;
-  if (commandLineFlag) return ConsoleReason::kCommandLine;
-  if (lowerCase(stderrRedirect) == L"console" || lowerCase(stdoutRedirect) == L"console") {
-    return ConsoleReason::kProperties;
-  }
-  return ConsoleReason::kNone;
-}
 
 bool controlKeyIsDown() {
   return GetKeyState(VK_CONTROL) < 0;

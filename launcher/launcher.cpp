@@ -1,6 +1,7 @@
 #include "launcher/launcher.h"
 
 #include "launcher/console.h"
+#include "launcher/console_reason.h"
 #include "platform/environment.h"
 #include "platform/errors.h"
 #include "platform/files.h"
@@ -20,13 +21,7 @@
 namespace ryn {
 namespace {
 
-constexpr wchar_t kPropertiesExtension[] = L".ryn";
 constexpr wchar_t kSilentUi[] = L"SILENT";
-
-bool isComplete(const PropertyFile& properties, const EnvironmentMap& environment) {
-  return !classPath(properties, environment).empty() && !mainClass(properties).empty() &&
-         !(currentVm(properties).empty() && validVmList(properties).empty());
-}
 
 }  // namespace
 

@@ -61,19 +61,6 @@ std::string partFault(std::string_view part) {
   return {};
 }
 
-std::string nameFault(std::string_view name) {
-  const std::wstring wide = fromUtf8(name);
-  if (toUtf8(wide) != name) return "is not UTF-8";
-  if (wide.size() > kLongestName) return "is longer than 260 characters";
-  if (isFolder(name)) name.remove_suffix(1);
-  for (;;) {
-    const size_t end = name.find('/');
-    const std::string fault = partFault(name.substr(0, end));
-    if (!fault.empty() || end == std::string_view::npos) return fault;
-    name.remove_prefix(end + 1);
-  }
-}
-
 /// 2 for bin/java.exe, 1 for bin/javaw.exe, 0 for all others.
 int rank(std::string_view name) {
   const std::string folded = foldCase(std::string(name));
@@ -165,6 +152,19 @@ class ZipWriter {
 
 }  // namespace
 
+std::string packNameFault(std::string_view name) {
+  const std::wstring wide = fromUtf8(name);
+  if (toUtf8(wide) != name) return "is not UTF-8";
+  if (wide.size() > kLongestName) return "is longer than 260 characters";
+  if (isFolder(name)) name.remove_suffix(1);
+  for (;;) {
+    const size_t end = name.find('/');
+    const std::string fault = partFault(name.substr(0, end));
+    if (!fault.empty() || end == std::string_view::npos) return fault;
+    name.remove_prefix(end + 1);
+  }
+}
+
 std::vector<std::string> packNameFaults(const std::vector<std::string>& names) {
   std::vector<std::string> faults;
   // What stands where on Windows: folded path to its spelling and whether it is a folder.
@@ -177,7 +177,7 @@ std::vector<std::string> packNameFaults(const std::vector<std::string>& names) {
   std::vector<std::string> sorted = names;
   std::sort(sorted.begin(), sorted.end());
   for (const std::string& name : sorted) {
-    if (const std::string fault = nameFault(name); !fault.empty()) {
+    if (const std::string fault = packNameFault(name); !fault.empty()) {
       faults.push_back(name + ": " + fault);
       continue;
     }

@@ -21,6 +21,10 @@ class PackError : public std::runtime_error {
 /// the place of a folder. Names are UTF-8 relative to the runtime's folder, with "/" between folders.
 std::vector<std::string> packNameFaults(const std::vector<std::string>& names);
 
+/// Why Windows could not hold the file or folder (this ends in "/") of one such name, as a clause without the
+/// name; empty for one that it can.
+std::string packNameFault(std::string_view name);
+
 /// A VM pack: a zip archive with "vm.zip", which holds the files, and "vm.properties", which says `vmName`.
 ///
 /// The same names and contents give the same bytes, in whatever order the names come: entries are sorted,

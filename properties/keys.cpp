@@ -153,4 +153,9 @@ std::wstring installerUi(const PropertyFile& properties) {
   return text(properties, L"ryn.installer.windows.ui.default");
 }
 
+bool isComplete(const PropertyFile& properties, const EnvironmentMap& environment) {
+  return !classPath(properties, environment).empty() && !mainClass(properties).empty() &&
+         !(currentVm(properties).empty() && validVmList(properties).empty());
+}
+
 }  // namespace ryn

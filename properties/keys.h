@@ -35,6 +35,9 @@ inline constexpr std::wstring_view kClasspathPlaceholder = L"$ENV_CLASSPATH$";
 
 }  // namespace keys
 
+/// Of the property file, which has the launcher's own name.
+inline constexpr wchar_t kPropertiesExtension[] = L".ryn";
+
 /// True for "true", "yes" or "on" in any letter case.
 bool parseBoolean(std::wstring_view text);
 
@@ -96,5 +99,9 @@ uint64_t launcherPlatform(const PropertyFile& properties);
 std::wstring vmBits(const PropertyFile& properties);
 /// "SILENT" makes the launch silent.
 std::wstring installerUi(const PropertyFile& properties);
+
+/// The properties name what every launch needs: a class path, a main class, and a VM or the list of those
+/// that will do.
+bool isComplete(const PropertyFile& properties, const EnvironmentMap& environment);
 
 }  // namespace ryn

@@ -29,10 +29,13 @@ class PropertyFile {
 
   bool hasKeyWithPrefix(std::wstring_view prefix) const;
 
+  using Entries = std::map<std::wstring, std::wstring, std::less<>>;
+  const Entries& entries() const { return entries_; }
+
  private:
   void parseLine(std::wstring_view line);
 
-  std::map<std::wstring, std::wstring, std::less<>> entries_;
+  Entries entries_;
 };
 
 /// `text` as it must stand in a property file that Java reads: each backslash twice, each character

@@ -374,12 +374,6 @@ bool download(const DownloadSettings& settings, const std::wstring& url, const s
   return succeeded;
 }
 
-UrlScheme urlScheme(std::wstring_view url) {
-  if (url.starts_with(L"http")) return UrlScheme::kHttp;
-  if (url.starts_with(L"ftp")) return UrlScheme::kFtp;
-  return UrlScheme::kOther;
-}
-
 uint32_t ftpFileSize(uint32_t low, uint32_t high) {
   return low + 260 * high;
 }

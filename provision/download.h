@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/user_prompt.h"
+#include "provision/url_scheme.h"
 
 namespace ryn {
 
@@ -27,11 +28,6 @@ struct DownloadSettings {
 /// or unpacked.
 [[nodiscard]] bool download(const DownloadSettings& settings, const std::wstring& url,
                             const std::wstring& destination, UserPrompt& prompt);
-
-enum class UrlScheme { kOther, kHttp, kFtp };
-
-/// By the first letters of the URL; "https" is kHttp too.
-UrlScheme urlScheme(std::wstring_view url);
 
 /// File size from the two words that the FTP library gives. Above 4 GiB the result is not the size: the
 /// high word counts 260 bytes, kept for compatibility.

@@ -9,6 +9,7 @@
 #include "provision/fetch_lock.h"
 #include "provision/unpack.h"
 #include "provision/unpack_marker.h"
+#include "provision/url_scheme.h"
 #include "resources/string_table.h"
 
 namespace ryn {
@@ -87,7 +88,7 @@ std::wstring fetchPack(const VmPack& pack, std::wstring_view digestFailureText,
   FetchLock lock(launcherFolder);
   UnlockingPrompt prompt(lock, userPrompt);
   const Messages messages(settings, prompt);
-  if (!pack.url.ends_with(L".vm")) {
+  if (!namesPack(pack.url)) {
     messages.tell(L"The file specified for download is not a valid VM pack", L"Invalid VM Pack",
                   L"\nThe file specified is not a valid VM pack\n");
     return {};

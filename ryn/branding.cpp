@@ -16,7 +16,6 @@ constexpr unsigned kErrorTitle = 110;
 
 /// The group that the download's window asks for, in capitals as the loader does it.
 constexpr wchar_t kDownloadIcon[] = L"DOWNLOADING JVM PACK";
-constexpr wchar_t kLauncherVersion[] = L"LauncherVersion";
 
 /// What the texts say in place of the application's name, "*". Languages that inflect a name, or say what it
 /// is the name of, have rows of their own in front of those for all; an article that goes by the first letter

@@ -31,6 +31,9 @@ struct Branding {
   std::map<uint16_t, std::wstring> noVmText = {};
 };
 
+/// The text of the version information that keeps the launcher's own version.
+inline constexpr wchar_t kLauncherVersion[] = L"LauncherVersion";
+
 /// Most UTF-16 units of a text that the launcher shows.
 inline constexpr size_t kLongestText = 255;
 

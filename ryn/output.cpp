@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 
 namespace ryn {
@@ -21,8 +20,9 @@ Bytes readFile(const fs::path& path) {
   // A folder can be opened, and reads as an empty file.
   std::ifstream file(path, std::ios::binary);
   if (!file || !fs::is_regular_file(path)) throw CommandError(kUsage, "cannot read " + textOf(path));
-  Bytes bytes{std::istreambuf_iterator<char>(file), {}};
-  if (file.bad()) throw CommandError(kUsage, "cannot read " + textOf(path));
+  Bytes bytes(static_cast<size_t>(fs::file_size(path)));
+  file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  if (!file) throw CommandError(kUsage, "cannot read " + textOf(path));
   return bytes;
 }
 

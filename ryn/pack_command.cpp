@@ -7,7 +7,9 @@
 
 #include "packs/md5.h"
 #include "packs/pack_writer.h"
+#include "ryn/findings_report.h"
 #include "ryn/output.h"
+#include "ryn/pack_check.h"
 
 namespace ryn {
 namespace {
@@ -41,7 +43,7 @@ void buildPack(const PackOptions& options) {
   writeFile(out, pack);
 
   const std::string md5 = md5Of(pack);
-  const std::string lines = jvmspecsLines(textOf(out.filename()), md5);
+  const std::string lines = jvmspecsLines("https://downloads.example.com/" + textOf(out.filename()), md5);
   if (options.json) {
     const nlohmann::ordered_json report = {
         {"schema", 1},         {"pack", options.out}, {"files", names.size()},
@@ -54,18 +56,45 @@ void buildPack(const PackOptions& options) {
             << lines;
 }
 
+struct CheckOptions {
+  std::string pack;
+  bool json = false;
+};
+
+void reportPack(const CheckOptions& options, ExitCode& ended) {
+  const PackCheck check = checkPack(options.pack, readFile(pathOf(options.pack)));
+  ended = isGood(check.findings) ? kGood : kNegative;
+  if (!options.json) {
+    uint64_t size = 0;
+    for (const UnpackedEntry& entry : check.entries) size += entry.size;
+    std::cout << findingsText(check.findings) << options.pack << ": " << check.entries.size()
+              << " entries in the runtime, " << size << " bytes unpacked\n";
+    return;
+  }
+  nlohmann::ordered_json report = findingsJson(options.pack, check.findings);
+  report["entries"] = nlohmann::ordered_json::array();
+  for (const UnpackedEntry& entry : check.entries) {
+    report["entries"].push_back({{"entry", entry.entry},
+                                 {"name", entry.name},
+                                 {"folder", entry.isFolder},
+                                 {"size", entry.size},
+                                 {"attributes", entry.attributes}});
+  }
+  std::cout << report.dump(2) << "\n";
+}
+
 }  // namespace
 
-std::string jvmspecsLines(std::string_view fileName, std::string_view md5) {
+std::string jvmspecsLines(std::string_view url, std::string_view md5) {
   const std::string key = "build.without.vm.not.found.download.url";
   std::string lines = "build.option=withoutvm\nbuild.without.vm.search.option=11\n";
-  lines += key + "=https://downloads.example.com/" + std::string(fileName) + "\n";
+  lines += key + "=" + std::string(url) + "\n";
   lines += key + ".md5Checksum.applicable=true\n";
   lines += key + ".md5Checksum.value=" + std::string(md5) + "\n";
   return lines;
 }
 
-void addPackCommand(CLI::App& program) {
+void addPackCommand(CLI::App& program, ExitCode& ended) {
   CLI::App* pack =
       program.add_subcommand("pack", "VM packs, which the launcher fetches where no Java is found");
   pack->require_subcommand(1);
@@ -78,6 +107,16 @@ void addPackCommand(CLI::App& program) {
       ->required();
   build->add_flag("--json", options->json, "Report as JSON");
   build->callback([options] { buildPack(*options); });
+
+  CLI::App* check = pack->add_subcommand("check", "Tells what the launcher would do with a pack");
+  check->footer(
+      "Example: ryn pack check jre21.vm\n\nFindings are \"file:entry: error|warning|note: text [rule]\"; "
+      "exit code 1 "
+      "for errors and warnings.");
+  const auto checked = std::make_shared<CheckOptions>();
+  check->add_option("PACK", checked->pack, "The pack, a .vm file")->required();
+  check->add_flag("--json", checked->json, "Report as JSON, with every entry of the runtime");
+  check->callback([checked, &ended] { reportPack(*checked, ended); });
 }
 
 }  // namespace ryn

@@ -18,7 +18,9 @@ import time
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 BUILD = REPOSITORY / os.environ.get("RYN_BUILD_DIR", "build/release")
 FIXTURES = BUILD / "tests" / "fixtures"
-LAUNCHER = BUILD / "launcher.exe"
+# Another launcher, such as one that `ryn make` branded, can take the tests, too.
+LAUNCHER = pathlib.Path(os.environ.get("RYN_LAUNCHER", BUILD / "launcher.exe"))
+RYN = REPOSITORY / os.environ.get("RYN_PROGRAM", "build/checked/ryn/ryn")
 RUNTIMES = REPOSITORY / "build" / "runtimes"
 
 LIMIT_SECONDS = 60
@@ -67,6 +69,13 @@ def read_records(path):
     return [{"arguments": facts.pop("argument", [])} | {name: value for name, (value,) in facts.items() if name[0] != "="} |
             {"environment": {name[1:]: value for name, (value,) in facts.items() if name[0] == "="}}
             for facts in read_facts(path, "program")]
+
+
+def ryn(*arguments, code=0):
+    """Runs the program for makers; returns its output, or what it complained of."""
+    done = subprocess.run([RYN, *map(str, arguments)], capture_output=True, text=True, timeout=120)
+    assert done.returncode == code, done.stdout + done.stderr
+    return done.stdout or done.stderr
 
 
 class Host:
@@ -284,7 +293,9 @@ class App:
         self.folder = pathlib.Path(folder)
         self.folder.mkdir(parents=True, exist_ok=True)
         self.program = self.folder / (name + extension)
-        shutil.copyfile(LAUNCHER, self.program)
+        # `ryn make` has put one there.
+        if not self.program.exists():
+            shutil.copyfile(LAUNCHER, self.program)
         self.ryn = self.folder / (name + ".ryn")
         self._runs = []
         self._numbers = itertools.count(1)

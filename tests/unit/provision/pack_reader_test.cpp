@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/unit/provision/memory_file.h"
+#include "packs/memory_file.h"
 #include "tests/unit/provision/zip_builder.h"
 
 namespace ryn {
@@ -14,7 +14,7 @@ using test::makeZip;
 /// A reader of an archive in memory.
 struct Archive {
   explicit Archive(std::string archive) : bytes(std::move(archive)) {
-    zlib_filefunc64_def functions = test::memoryFunctions();
+    zlib_filefunc64_def functions = memoryFunctions();
     opened = reader.open(functions, &file);
   }
 
@@ -38,7 +38,7 @@ struct Archive {
   }
 
   std::string bytes;
-  test::MemoryFile file{{reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()}};
+  MemoryFile file{{reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()}};
   PackReader reader{[](uint32_t dosDateTime) { return uint64_t{dosDateTime}; }};
   bool opened = false;
 };

@@ -7,7 +7,7 @@
 
 #include "text/little_endian.h"
 
-namespace ryn::test {
+namespace ryn {
 
 /// An archive in memory, which minizip takes for a file.
 struct MemoryFile {
@@ -56,4 +56,4 @@ inline zlib_filefunc64_def memoryFunctions() {
           .opaque = nullptr};
 }
 
-}  // namespace ryn::test
+}  // namespace ryn

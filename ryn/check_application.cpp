@@ -1,0 +1,83 @@
+#include "ryn/check_application.h"
+
+#include <algorithm>
+
+#include "provision/application_paths.h"
+#include "ryn/application_check.h"
+#include "ryn/output.h"
+#include "text/path_text.h"
+#include "text/text.h"
+
+namespace ryn {
+namespace {
+namespace fs = std::filesystem;
+
+fs::path rynFileIn(const fs::path& folder) {
+  std::vector<fs::path> files;
+  std::error_code error;
+  for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+    if (toUtf8(lowerCase(fromUtf8(textOf(at->path().extension())))) == ".ryn") files.push_back(at->path());
+  }
+  if (error) throw CommandError(kUsage, "cannot read the folder " + textOf(folder) + ": " + error.message());
+  if (files.size() == 1) return files.front();
+  throw CommandError(kUsage,
+                     textOf(folder) + (files.empty() ? ": there is no .ryn file in it"
+                                                     : ": there are several .ryn files in it, name one"));
+}
+
+void checkProgram(ApplicationCheck& check, const fs::path& file) {
+  const std::wstring name = fromUtf8(textOf(file.stem())) + L".exe";
+  if (check.probe.fileExists(FolderProbe::resolved(name))) return;
+  check.add("no-launcher", check.ryn.file(), 1,
+            concat({L"there is no ", name, L" beside it, which would read it"}));
+}
+
+}  // namespace
+
+void ApplicationCheck::add(RuleRef rule, const std::string& file, size_t line, std::wstring_view text) {
+  std::wstring shown(text);
+  // What traps of the syntax leave in a value.
+  std::replace_if(
+      shown.begin(), shown.end(), [](wchar_t c) { return c < L' ' || c == 0xFFFF; }, L'?');
+  findings.push_back({.rule = rule.get(), .file = file, .line = line, .text = toUtf8(shown)});
+}
+
+std::string ApplicationCheck::nameOf(const std::wstring& fullPath) const {
+  const std::optional<fs::path> found = probe.find(fullPath);
+  if (!found) {
+    return prefix + toUtf8(replaceAll(FolderProbe::inside(fullPath).value_or(fullPath), L"\\", L"/"));
+  }
+  return textOf(found->lexically_normal());
+}
+
+Findings checkApplication(const fs::path& folderOrFile) {
+  const bool isFolder = fs::is_directory(folderOrFile);
+  const fs::path file = (isFolder ? rynFileIn(folderOrFile) : folderOrFile).lexically_normal();
+  const fs::path folder = file.parent_path();
+  ApplicationCheck check{.probe = FolderProbe(folder.empty() ? "." : folder),
+                         .prefix = folder.empty() ? "" : textOf(folder / ""),
+                         .ryn = PropertyLines(textOf(file), readFile(file)),
+                         .jvmspecs = {},
+                         .options = {},
+                         .plan = {},
+                         .environment = {},
+                         .javas = {},
+                         .findings = {}};
+  for (const std::wstring& path : jvmspecsPaths(FolderProbe::kFolder)) {
+    if (!check.probe.fileExists(path)) continue;
+    check.jvmspecs.emplace(check.nameOf(path), readFile(*check.probe.find(path)));
+    check.options = readBuildOptions(check.jvmspecs->properties());
+    check.plan = planVm(check.options);
+    break;
+  }
+  checkProgram(check, file);
+  checkProperties(check, check.ryn, true);
+  if (check.jvmspecs) checkProperties(check, *check.jvmspecs, false);
+  checkVms(check);
+  checkStart(check);
+  checkOptions(check);
+  sortFindings(check.findings);
+  return std::move(check.findings);
+}
+
+}  // namespace ryn

@@ -1,0 +1,5 @@
+#include "ryn/program.h"
+
+int main(int argc, char** argv) {
+  return ryn::runProgram({argv, argv + argc});
+}

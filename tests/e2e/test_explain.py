@@ -1,0 +1,62 @@
+"""ryn.exe on the machine that Wine is: what it tells of a launch, and that its record tells the same elsewhere."""
+import getpass
+import json
+import re
+import shutil
+import subprocess
+
+import pytest
+
+import harness
+from harness import install_vm, windows_path
+
+# The program of this system, where it is built: a record is for any.
+NATIVE = harness.REPOSITORY / "build" / "checked" / "ryn" / "ryn"
+
+
+@pytest.fixture
+def explain(app, host):
+    def run(*arguments, program=None, code=0, **environment):
+        command = [program] if program else ["wine", harness.BUILD / "ryn" / "ryn.exe"]
+        done = subprocess.run([*command, "explain", *map(str, arguments)], env=host.environment | environment,
+                              cwd=app.folder, capture_output=True, timeout=120)
+        assert done.returncode == code, done.stderr
+        return done.stdout.decode()
+    return run
+
+
+def test_a_record_tells_on_any_system_what_the_machine_told(app, host, registry, explain, tmp_path, request):
+    base = app.folder.parent
+    install_vm(base / "größe", "sun_25", compiler=True)
+    user = getpass.getuser()
+    own = host.prefix / "drive_c" / "users" / user / "jdk-11"
+    request.addfinalizer(lambda: shutil.rmtree(own))
+    install_vm(own, "sun_11")
+    registry.add({"SOFTWARE\\JavaSoft\\JDK\\25": {"JavaHome": windows_path(base / "größe")},
+                  "SOFTWARE\\JavaSoft\\JDK\\21": {"JavaHome": windows_path(base / "gone")}})
+    app.configure(**{"ryn.user.options": "%USERPROFILE%/none.txt"})
+    path = f"C:\\users\\{user}\\jdk-11\\bin"
+    variables = {"WINEPATH": path, "JAVA_HOME": windows_path(base / "größe")}
+    live = explain(app.program, "--json", "--all", "--", "a b", **variables)
+    report = json.loads(live)
+    assert [(entry["where"], entry["kind"], entry["version"], entry["bits"], entry["outcome"])
+            for entry in report["considered"]][:3] == [
+        ("\\HKEY_LOCAL_MACHINE\\SOFTWARE\\JavaSoft\\JDK\\21", "JDK", [21, 0, 0], None, "noUsableHome"),
+        ("\\HKEY_LOCAL_MACHINE\\SOFTWARE\\JavaSoft\\JDK\\25", "JDK", [25, 0, 0], 64, "chosen"),
+        (path, "JRE", [11, 0, 2], 64, "outranked")]
+    assert report["program"] == windows_path(base / "größe" / "bin" / "javaw.exe")
+    assert report["application"]["launcher"]["signature"] == "none"
+    # A launch decides alike.
+    assert app.run('"a b"').record["arguments"][-1] == "a b" == report["commandLine"][-1]
+
+    record = tmp_path / "machine.json"
+    saved = explain(app.program, "--json", "--all", "--save", record, "--", "a b", **variables)
+    hidden = re.sub(rf"C:(/|\\\\)users\1{user}", r"C:\1Users\1user", live)
+    assert saved == hidden and f"\\\\{user}" not in record.read_text()
+    for program in [None] + [NATIVE] * NATIVE.exists():
+        assert explain(app.folder, "--json", "--all", "--machine", record, program=program) == saved
+
+
+def test_a_machine_without_java(app, explain):
+    app.configure(**{"ryn.nl.valid.vm.list": "17+"})
+    assert "exit code 106" in explain(app.program, code=1)
