@@ -12,19 +12,6 @@ namespace ryn {
 namespace {
 namespace fs = std::filesystem;
 
-fs::path rynFileIn(const fs::path& folder) {
-  std::vector<fs::path> files;
-  std::error_code error;
-  for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-    if (toUtf8(lowerCase(fromUtf8(textOf(at->path().extension())))) == ".ryn") files.push_back(at->path());
-  }
-  if (error) throw CommandError(kUsage, "cannot read the folder " + textOf(folder) + ": " + error.message());
-  if (files.size() == 1) return files.front();
-  throw CommandError(kUsage,
-                     textOf(folder) + (files.empty() ? ": there is no .ryn file in it"
-                                                     : ": there are several .ryn files in it, name one"));
-}
-
 void checkProgram(ApplicationCheck& check, const fs::path& file) {
   const std::wstring name = fromUtf8(textOf(file.stem())) + L".exe";
   if (check.probe.fileExists(FolderProbe::resolved(name))) return;
@@ -51,12 +38,11 @@ std::string ApplicationCheck::nameOf(const std::wstring& fullPath) const {
 }
 
 Findings checkApplication(const fs::path& folderOrFile) {
-  const bool isFolder = fs::is_directory(folderOrFile);
-  const fs::path file = (isFolder ? rynFileIn(folderOrFile) : folderOrFile).lexically_normal();
+  const fs::path file = propertyFileOf(folderOrFile).lexically_normal();
   const fs::path folder = file.parent_path();
   ApplicationCheck check{.probe = FolderProbe(folder.empty() ? "." : folder),
                          .prefix = folder.empty() ? "" : textOf(folder / ""),
-                         .ryn = PropertyLines(textOf(file), readFile(file)),
+                         .ryn = PropertyLines(textOf(file), textFile(file)),
                          .jvmspecs = {},
                          .options = {},
                          .plan = {},
@@ -65,7 +51,7 @@ Findings checkApplication(const fs::path& folderOrFile) {
                          .findings = {}};
   for (const std::wstring& path : jvmspecsPaths(FolderProbe::kFolder)) {
     if (!check.probe.fileExists(path)) continue;
-    check.jvmspecs.emplace(check.nameOf(path), readFile(*check.probe.find(path)));
+    check.jvmspecs.emplace(check.nameOf(path), textFile(*check.probe.find(path)));
     check.options = readBuildOptions(check.jvmspecs->properties());
     check.plan = planVm(check.options);
     break;

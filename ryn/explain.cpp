@@ -34,25 +34,6 @@ constexpr int kNoValidVmCode = 106;
 // What a temporary file of the launcher is called, but for its number.
 constexpr wchar_t kTemporaryFile[] = L"ryn0.tmp";
 
-fs::path propertyFileOf(const fs::path& given) {
-  const auto fail = [&](const char* text) { throw CommandError(kUsage, textOf(given) + ": " + text); };
-  const fs::path path = fs::absolute(given);
-  if (!fs::is_directory(path)) {
-    fs::path file =
-        LocalFolder(path.parent_path()).find(fromUtf8(textOf(path.stem())) + kPropertiesExtension);
-    if (file.empty()) fail("there is no .ryn file of that name");
-    return file;
-  }
-  fs::path found;
-  for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
-    if (!equalIgnoringCase(fromUtf8(textOf(entry.path().extension())), kPropertiesExtension)) continue;
-    if (!found.empty()) fail("has several .ryn files: name the program");
-    found = entry.path();
-  }
-  if (found.empty()) fail("has no .ryn file");
-  return found;
-}
-
 /// The machine with the vendors' description in the application's folder. Nothing is looked for but what that
 /// names: a walk over the program folders and drives would take long and tell much that is nobody's business.
 class VendorsProbe final : public ForwardingProbe {
@@ -71,10 +52,6 @@ class VendorsProbe final : public ForwardingProbe {
     return ForwardingProbe::subfolders(folder, pattern);
   }
   std::optional<std::vector<std::wstring>> fixedDrives() const override { return std::nullopt; }
-
-  static std::wstring textOfBytes(ByteView bytes) {
-    return widenBytes({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-  }
 
  private:
   const std::wstring path_;
@@ -259,7 +236,7 @@ class Explainer {
 
   void searchMachine() {
     PropertyFile options;
-    options.parse(VendorsProbe::textOfBytes(embeddedVendorsOptions()));
+    options.parse(textOfBytes(embeddedVendorsOptions()));
     const std::wstring description = joinPath(folder_, descriptionPath(options, 0));
     const VendorsProbe machine(machine_, description, environment_);
     EnvironmentMap environment = environment_;
@@ -363,6 +340,7 @@ class Explainer {
       add(maker, "Leave ryn.win32.vm.bits out, unless the application needs " +
                      std::to_string(*result_.bits) + " bits.");
     }
+    if (isAnywhere) add(maker, "Search where vendors leave their VMs: ryn make --vendors.");
     if (wasSeen(VmOutcome::kNoMatchingToken))
       add(maker, "Let ryn.nl.valid.vm.list, now " + wantedText() +
                      ", admit what was found, if the application runs with it.");
@@ -373,7 +351,6 @@ class Explainer {
         wasSeen(VmOutcome::kValidatorNotStarted)) {
       add(maker, "Look into Verify.jar; where a version range such as 17+ says what it asks, leave it out.");
     }
-    if (isAnywhere) add(maker, "Search where vendors leave their VMs: ryn make --vendors.");
     add(maker, "Bring a Java along (ryn make --runtime), or have one fetched (--pack).");
   }
 
@@ -391,19 +368,19 @@ class Explainer {
 
 }  // namespace
 
-Application::Application(const fs::path& given) : here(propertyFileOf(given).parent_path()) {
+Application::Application(const fs::path& given)
+    : folder(fs::absolute(propertyFileOf(given)).parent_path()), here(folder) {
   const fs::path file = propertyFileOf(given);
   name = fromUtf8(textOf(file.stem()));
   properties.parse(textFile(file));
-  for (const std::wstring& path : jvmspecsPaths(L"")) {
-    const fs::path found = here.find(std::wstring_view(path).substr(1));
-    if (found.empty() || !fs::is_regular_file(found)) continue;
-    jvmspecsPath = path.substr(1);
-    jvmspecs.parse(textFile(found));
+  for (const std::wstring& path : jvmspecsPaths(FolderProbe::kFolder)) {
+    if (!here.fileExists(path)) continue;
+    jvmspecsPath = *FolderProbe::inside(path);
+    jvmspecs.parse(*here.readText(path));
     break;
   }
-  const fs::path program = here.find(name + L".exe");
-  if (!program.empty()) launcher = readFile(program);
+  const auto program = here.find(FolderProbe::resolved(name + L".exe"));
+  if (program) launcher = readFile(*program);
 }
 
 Explanation explain(const Application& application, const Situation& situation, const VmProbe& machine,

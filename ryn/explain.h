@@ -7,8 +7,9 @@
 
 #include "launcher/command_line.h"
 #include "properties/property_file.h"
-#include "ryn/local_folder.h"
+#include "ryn/folder_probe.h"
 #include "text/environment_map.h"
+#include "text/little_endian.h"
 #include "vmlaunch/launch_plan.h"
 #include "vmsearch/vm_candidate.h"
 #include "vmsearch/vm_probe.h"
@@ -17,7 +18,8 @@ namespace ryn {
 
 /// An application's folder on this system.
 struct Application {
-  LocalFolder here;
+  std::filesystem::path folder;
+  FolderProbe here;
   /// Of the launcher and the property file, without extension.
   std::wstring name;
   PropertyFile properties;
@@ -27,8 +29,7 @@ struct Application {
   /// The bytes of the launcher; none when it is not there.
   Bytes launcher;
 
-  /// By the application's launcher, its property file, or its folder with one property file in it. Throws
-  /// CommandError (kUsage) for anything else.
+  /// By what propertyFileOf takes.
   explicit Application(const std::filesystem::path& given);
 };
 

@@ -34,8 +34,7 @@ constexpr const wchar_t* kSearchedVariables[] = {L"RYN_VM",       L"PATH",      
 
 /// The texts that say where VMs are looked for.
 std::wstring searchedTexts(const Application& application, const json& record) {
-  const ByteView vendors = embeddedVendors();
-  std::wstring texts = widenBytes({reinterpret_cast<const char*>(vendors.data()), vendors.size()});
+  std::wstring texts = textOfBytes(embeddedVendors());
   for (const PropertyFile* file : {&application.properties, &application.jvmspecs}) {
     for (const auto& [key, value] : file->entries()) texts += L"\n" + value;
   }
@@ -176,7 +175,7 @@ Explanation explanationFor(const ExplainOptions& options, const Application& app
   if (!options.machine.empty())
     return replay(readRecord(options.machine), application, options.arguments, options.all);
   std::optional<Explanation> result;
-  withThisMachine(application.here.path() / pathOf(toUtf8(application.name) + ".exe"), options.arguments,
+  withThisMachine(application.folder / pathOf(toUtf8(application.name) + ".exe"), options.arguments,
                   [&](const Situation& situation, const VmProbe& machine) {
                     if (options.save.empty()) {
                       result = explain(application, situation, machine, options.all);
@@ -233,9 +232,10 @@ void addExplainCommand(CLI::App& program, ExitCode& ended) {
       "Exit codes: 0 a launch starts a VM, 1 it starts none, 2 usage or unreadable input.");
   const auto o = std::make_shared<ExplainOptions>();
   explain->add_option("APPLICATION", o->application, "Its program, or its folder")->required();
-  explain->add_option("--save", o->save,
-                      "Keep what was seen of the machine, without the user's name, in a file");
-  explain->add_option("--machine", o->machine, "Take the machine from such a file instead of this one");
+  CLI::Option* const save = explain->add_option(
+      "--save", o->save, "Keep what was seen of the machine, without the user's name, in a file");
+  explain->add_option("--machine", o->machine, "Take the machine from such a file instead of this one")
+      ->excludes(save);
   explain->add_flag("--all", o->all, "Go on behind the choice, and tell what else lies on the machine");
   explain->add_flag("--json", o->json, "Report as JSON");
   explain->add_option("ARGUMENTS", o->arguments, "Arguments of the launch, behind \"--\"");

@@ -80,7 +80,7 @@ std::string vmText(const SeenVm& seen) {
   const VmCandidate& vm = seen.vm.candidate;
   std::string text;
   if (!vm.vendor.empty()) text = utf8(nameOf(vm.kind)) + " " + versionOf(vm.version) + ", " + utf8(vm.vendor);
-  if (seen.bits) text += ", " + std::to_string(*seen.bits) + "-bit";
+  if (seen.bits) text += (text.empty() ? "" : ", ") + std::to_string(*seen.bits) + "-bit";
   return text;
 }
 
@@ -102,7 +102,8 @@ class Text {
     size_t number = 0;
     for (const SeenVm& seen : vms) {
       item(std::to_string(++number) + ". " + utf8(nameOf(seen.vm.source)) + ": " + utf8(seen.vm.where));
-      if (seen.isVm()) item("   " + utf8(seen.vm.candidate.folder) + " (" + vmText(seen) + ")");
+      const std::string kind = vmText(seen);
+      if (seen.isVm()) item("   " + utf8(seen.vm.candidate.folder) + (kind.empty() ? "" : " (" + kind + ")"));
       item("   " + (accepted && seen.isAccepted ? "would do" : wordsFor(seen.vm.outcome)));
     }
     if (vms.empty()) item("nothing");

@@ -1,8 +1,6 @@
 #include "ryn/folder_probe.h"
 
-#include "image/image_error.h"
-#include "image/resources.h"
-#include "image/version_info.h"
+#include "properties/keys.h"
 #include "ryn/output.h"
 #include "text/fold_case.h"
 #include "text/path_text.h"
@@ -44,17 +42,10 @@ std::optional<std::wstring> FolderProbe::inside(const std::wstring& path) {
 }
 
 std::optional<fs::path> FolderProbe::find(const std::wstring& path) const {
-  const std::optional<std::wstring> name = inside(resolved(path));
+  const std::optional<std::wstring> name = inside(withoutTrailingSeparators(resolved(path)));
   if (!name) return std::nullopt;
-  fs::path at = folder_;
-  for (const std::wstring& part : split(*name, L'\\')) {
-    if (part.empty()) continue;
-    const std::map<std::wstring, fs::path> entries = entriesOf(at);
-    const auto found = entries.find(foldCase(part));
-    if (found == entries.end()) return std::nullopt;
-    at = found->second;
-  }
-  return at;
+  fs::path found = name->empty() ? folder_.path() : folder_.find(*name);
+  return found.empty() ? std::nullopt : std::optional(std::move(found));
 }
 
 std::map<std::wstring, fs::path> FolderProbe::list(const std::wstring& path) const {
@@ -82,33 +73,31 @@ std::vector<Subfolder> FolderProbe::subfolders(const std::wstring& folder,
 
 std::optional<std::wstring> FolderProbe::readText(const std::wstring& path) const {
   if (!fileExists(path)) return std::nullopt;
-  return textOfBytes(readFile(*find(path)));
+  return textFile(*find(path));
 }
 
 VersionResource FolderProbe::versionResource(const std::wstring& path) const {
-  if (!fileExists(path)) return {};
-  try {
-    for (const auto& [key, resource] : readResources(PeImage(readFile(*find(path))))) {
-      if (!(key.type == ResourceId(kRtVersion))) continue;
-      const VersionInfo info = readVersionInfo(resource.data);
-      return {.fileVersion = info.fileVersion,
-              .productVersion = info.productVersion,
-              .companyName = info.text(L"CompanyName")};
-    }
-  } catch (const ImageError&) {
-    // As for a file without one.
-  }
-  return {};
+  return fileExists(path) ? versionResourceOf(readFile(*find(path))) : VersionResource();
 }
 
 ImageBitness FolderProbe::imageBitness(const std::wstring& path) const {
   return fileExists(path) ? bitnessOfImage(readFile(*find(path))) : ImageBitness::kUnknown;
 }
 
-std::wstring textOfBytes(ByteView bytes) {
-  static constexpr wchar_t kEndOfText = 0x1A;
-  const std::wstring text = widenBytes({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-  return replaceAll(text.substr(0, text.find(kEndOfText)), L"\r\n", L"\n");
+fs::path propertyFileOf(const fs::path& application) {
+  const bool isFolder = fs::is_directory(application);
+  const fs::path above = application.parent_path();
+  const fs::path folder = isFolder ? application : above.empty() ? "." : above;
+  const std::wstring wanted =
+      foldCase(replaceExtension(fromUtf8(textOf(application.filename())), kPropertiesExtension));
+  std::vector<fs::path> files;
+  for (const auto& [name, path] : entriesOf(folder)) {
+    if (isFolder ? name.ends_with(foldCase(kPropertiesExtension)) : name == wanted) files.push_back(path);
+  }
+  if (files.size() == 1) return files.front();
+  throw CommandError(
+      kUsage, textOf(application) +
+                  (files.empty() ? ": there is no .ryn file" : ": there are several .ryn files, name one"));
 }
 
 }  // namespace ryn

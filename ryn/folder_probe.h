@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "ryn/local_folder.h"
 #include "vmsearch/vm_probe.h"
 
 namespace ryn {
@@ -54,11 +55,11 @@ class FolderProbe final : public VmProbe {
   }
 
  private:
-  std::filesystem::path folder_;
+  LocalFolder folder_;
 };
 
-/// The content of a file as the launcher reads text: one character for each byte, line ends as "\n", up to a
-/// Ctrl-Z.
-std::wstring textOfBytes(ByteView bytes);
+/// The property file of an application, by itself, by the program of its name, or by the folder that has no
+/// other one. Throws CommandError (kUsage) for anything else.
+std::filesystem::path propertyFileOf(const std::filesystem::path& application);
 
 }  // namespace ryn

@@ -27,7 +27,10 @@ fs::path LocalFolder::find(std::wstring_view relative) const {
 }
 
 std::wstring textFile(const fs::path& path) {
-  const Bytes bytes = readFile(path);
+  return textOfBytes(readFile(path));
+}
+
+std::wstring textOfBytes(ByteView bytes) {
   const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   return replaceAll(widenBytes(text.substr(0, text.find('\x1A'))), L"\r\n", L"\n");
 }

@@ -24,7 +24,10 @@ class LocalFolder {
 };
 
 /// A text file as the launcher reads it: one character for each byte, line ends as "\n", Ctrl+Z at the end.
+///@{
 std::wstring textFile(const std::filesystem::path& path);
+std::wstring textOfBytes(ByteView bytes);
+///@}
 
 /// What Windows would tell of a program; nothing for what is none.
 VersionResource versionResourceOf(ByteView program);

@@ -225,7 +225,7 @@ ValidatorAnswer RecordingProbe::validate(const std::wstring& executable, const s
   return answer;
 }
 
-ReplayProbe::ReplayProbe(const MachineRecord& record, std::wstring applicationFolder, const LocalFolder& here)
+ReplayProbe::ReplayProbe(const MachineRecord& record, std::wstring applicationFolder, const FolderProbe& here)
     : record_(record), folder_(std::move(applicationFolder)), here_(here) {
   for (const SectionRule& section : kSections) {
     if (!record.contains(section.name)) continue;
@@ -259,17 +259,16 @@ bool ReplayProbe::flag(const char* name) const {
   return record_.contains(name) && record_[name].get<bool>();
 }
 
-std::filesystem::path ReplayProbe::local(const std::wstring& path) const {
+std::optional<std::wstring> ReplayProbe::local(const std::wstring& path) const {
   const std::wstring full = resolvePath(path, folder_);
-  if (equalIgnoringCase(full, folder_)) return here_.path();
-  if (full.size() <= folder_.size() || full[folder_.size()] != L'\\') return {};
-  if (!equalIgnoringCase(std::wstring_view(full).substr(0, folder_.size()), folder_)) return {};
-  return here_.find(std::wstring_view(full).substr(folder_.size() + 1));
+  if (!equalIgnoringCase(full.substr(0, folder_.size()), folder_)) return std::nullopt;
+  if (full.size() > folder_.size() && full[folder_.size()] != L'\\') return std::nullopt;
+  std::wstring here = FolderProbe::kFolder + full.substr(folder_.size());
+  return here_.exists(here) ? std::optional(here) : std::nullopt;
 }
 
 PathKind ReplayProbe::pathKind(const std::wstring& path) const {
-  if (const auto here = local(path); !here.empty())
-    return std::filesystem::is_directory(here) ? PathKind::kFolder : PathKind::kFile;
+  if (const auto here = local(path)) return here_.pathKind(*here);
   const auto kind = stringOf("paths", path);
   if (kind == L"file") return PathKind::kFile;
   return kind || folders_.contains(foldCase(path)) ? PathKind::kFolder : PathKind::kNone;
@@ -295,14 +294,12 @@ std::optional<std::vector<std::wstring>> ReplayProbe::fixedDrives() const {
 }
 
 std::optional<std::wstring> ReplayProbe::readText(const std::wstring& path) const {
-  const auto here = local(path);
-  if (!here.empty() && std::filesystem::is_regular_file(here)) return textFile(here);
+  if (const auto here = local(path)) return here_.readText(*here);
   return stringOf("texts", path);
 }
 
 VersionResource ReplayProbe::versionResource(const std::wstring& path) const {
-  const auto here = local(path);
-  if (!here.empty() && std::filesystem::is_regular_file(here)) return versionResourceOf(readFile(here));
+  if (const auto here = local(path)) return here_.versionResource(*here);
   VersionResource result;
   if (const json* const version = find("versions", path)) {
     result.fileVersion = versionFrom(*version, "file");
@@ -313,8 +310,7 @@ VersionResource ReplayProbe::versionResource(const std::wstring& path) const {
 }
 
 ImageBitness ReplayProbe::imageBitness(const std::wstring& path) const {
-  const auto here = local(path);
-  if (!here.empty() && std::filesystem::is_regular_file(here)) return bitnessOfImage(readFile(here));
+  if (const auto here = local(path)) return here_.imageBitness(*here);
   const json* const bits = find("bits", path);
   if (bits == nullptr) return ImageBitness::kUnknown;
   return *bits == 64 ? ImageBitness::k64 : ImageBitness::k32;

@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-#include "ryn/local_folder.h"
+#include "ryn/folder_probe.h"
 #include "text/environment_map.h"
 #include "vmsearch/vm_probe.h"
 
@@ -55,7 +55,7 @@ class ReplayProbe final : public VmProbe {
  public:
   /// `applicationFolder` is the place on that machine of what is in `here`. All must outlive the object.
   /// Throws CommandError (kUsage) for what is no such record.
-  ReplayProbe(const MachineRecord& record, std::wstring applicationFolder, const LocalFolder& here);
+  ReplayProbe(const MachineRecord& record, std::wstring applicationFolder, const FolderProbe& here);
 
   PathKind pathKind(const std::wstring& path) const override;
   std::wstring resolveLink(const std::wstring& path) const override;
@@ -83,12 +83,12 @@ class ReplayProbe final : public VmProbe {
   const MachineRecord* find(const char* section, const std::wstring& name) const;
   std::optional<std::wstring> stringOf(const char* section, const std::wstring& name) const;
   bool flag(const char* name) const;
-  /// The file or folder here that stands for `path`; empty when there is none.
-  std::filesystem::path local(const std::wstring& path) const;
+  /// Where `path` is here, for `here_`; nothing when it is not.
+  std::optional<std::wstring> local(const std::wstring& path) const;
 
   const MachineRecord& record_;
   const std::wstring folder_;
-  const LocalFolder& here_;
+  const FolderProbe& here_;
   // By section and folded name.
   std::map<std::string, std::map<std::wstring, const MachineRecord*>> entries_;
   // Folded; those that a path of the record lies in.

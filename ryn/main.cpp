@@ -10,6 +10,7 @@
 #include "ryn/output.h"
 #include "ryn/pack_command.h"
 #include "ryn/program.h"
+#include "text/text.h"
 
 namespace ryn {
 namespace {
@@ -18,7 +19,8 @@ namespace {
 int tellSupport() {
   ExitCode ended = kGood;
   try {
-    std::cout << "The report about this application is\n\n    " << textOf(writeSupportReport())
+    std::cout << "The report about this application is\n\n    "
+              << toUtf8(replaceAll(fromUtf8(textOf(writeSupportReport())), L"/", L"\\"))
               << "\n\nPlease send it to those who asked for it.\n";
   } catch (const CommandError& error) {
     std::cout << error.what() << "\n\nStart this program on a command line: ryn --help\n";

@@ -2,13 +2,11 @@
 
 #include <tuple>
 
-#include "ryn/folder_probe.h"
 #include "text/text.h"
 
 namespace ryn {
 
-PropertyLines::PropertyLines(std::string file, ByteView content) : file_(std::move(file)) {
-  const std::wstring text = textOfBytes(content);
+PropertyLines::PropertyLines(std::string file, const std::wstring& text) : file_(std::move(file)) {
   properties_.parse(text);
   std::vector<std::wstring> pieces = split(text, L'\n');
   endsInLine_ = pieces.back().empty();

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "properties/property_file.h"
-#include "text/little_endian.h"
 
 namespace ryn {
 
@@ -23,8 +22,8 @@ class PropertyLines {
     bool isEntry = false;
   };
 
-  /// `file` is the name for findings.
-  PropertyLines(std::string file, ByteView content);
+  /// `file` is the name for findings, `text` what textFile gives.
+  PropertyLines(std::string file, const std::wstring& text);
 
   const std::string& file() const { return file_; }
   /// What the launcher reads in the whole file.

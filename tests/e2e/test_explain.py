@@ -8,16 +8,20 @@ import subprocess
 import pytest
 
 import harness
-from harness import install_vm, windows_path
+from harness import install_vm, wait_until, windows_path
 
+RYN = harness.BUILD / "ryn" / "ryn.exe"
 # The program of this system, where it is built: a record is for any.
 NATIVE = harness.REPOSITORY / "build" / "checked" / "ryn" / "ryn"
+
+
+WM_CLOSE = 16
 
 
 @pytest.fixture
 def explain(app, host):
     def run(*arguments, program=None, code=0, **environment):
-        command = [program] if program else ["wine", harness.BUILD / "ryn" / "ryn.exe"]
+        command = [program] if program else ["wine", RYN]
         done = subprocess.run([*command, "explain", *map(str, arguments)], env=host.environment | environment,
                               cwd=app.folder, capture_output=True, timeout=120)
         assert done.returncode == code, done.stderr
@@ -60,3 +64,22 @@ def test_a_record_tells_on_any_system_what_the_machine_told(app, host, registry,
 def test_a_machine_without_java(app, explain):
     app.configure(**{"ryn.nl.valid.vm.list": "17+"})
     assert "exit code 106" in explain(app.program, code=1)
+
+
+def test_a_double_click_writes_the_report_to_the_desktop(app, host, request, tmp_path):
+    def move_desktop(folder):
+        key = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders"
+        host.wine("reg", "add", key, "/v", "Desktop", "/t", "REG_EXPAND_SZ", "/d", folder, "/f")
+
+    request.addfinalizer(lambda: move_desktop(r"%USERPROFILE%\Desktop"))
+    move_desktop(windows_path(tmp_path))
+    program = windows_path(shutil.copyfile(RYN, app.folder / "support.exe"))
+    clicked = subprocess.Popen(["wine", "start", "/wait", program], env=host.environment, stdin=subprocess.DEVNULL,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    report = tmp_path / "hello-report.txt"
+    wait_until(report.exists, "the report")
+    text = report.read_bytes().decode("utf-8-sig")
+    assert "exit code 106" in text and text.count("\n") == text.count("\r\n")
+    assert clicked.poll() is None
+    host.post(program, WM_CLOSE)
+    assert clicked.wait(harness.LIMIT_SECONDS) is not None
