@@ -58,7 +58,7 @@ def hold(host):
     """hold(): holds a server's answer until the progress dialog is on the screen, where hold.shows says that one comes."""
     def wait():
         if wait.shows:
-            host.newest_run.wait_for_dialog(title=TITLE)
+            host.newest_run.wait_for_dialog(title=TITLE, text=PROGRESS[1])
     wait.shows = False
     return wait
 
@@ -206,7 +206,8 @@ def test_progress_dialog(host, web, download):
     def large(handler):
         handler.begin(73_400_320)
         # Only while data arrive does the dialog answer.
-        seen = threading.Thread(target=host.newest_run.wait_for_dialog, kwargs={"title": TITLE, "progressEnd": "6144"})
+        seen = threading.Thread(target=host.newest_run.wait_for_dialog,
+                                kwargs={"title": TITLE, "text": PROGRESS[1], "progressEnd": "6144"})
         seen.start()
         while seen.is_alive():
             handler.wfile.write(bytes(1024))
@@ -280,7 +281,7 @@ def fetch(web, probe, tmp_path):
     def run(pack, *flags, digest="-", name="jre.vm"):
         web.answers["/d/" + name] = pack
         answer = probe("fetch", f"{web.url}/d/{name}", windows_path(folder), digest, *flags)
-        answer.files = sorted(str(path.relative_to(folder)) for path in folder.rglob("*") 
+        answer.files = sorted(str(path.relative_to(folder)) for path in folder.rglob("*")
                               if path.is_file() and path != options)
         answer.home = windows_path(folder / "Windows" / "resource" / "jre")
         return answer
@@ -319,6 +320,8 @@ NO_PACK = ("\nThe file specified is not a valid VM pack\n",
      [PROGRESS], ["Windows/resource/jre/readme.txt"]),
     (PACK, {"name": "jre.zip"}, *NO_PACK),
     (PACK, {"name": "jre.VM"}, *NO_PACK),
+    # A name all the same.
+    (b"no archive", {"name": ".vm"}, *NO_ARCHIVE),
 ])
 def test_pack_that_fails(fetch, pack, options, output, boxes, files):
     for flags, shown in (((), []), (("progress",), boxes), (("progress", "quiet"), [])):
@@ -407,10 +410,11 @@ def dpi(host, request):
     host.wine("reg", "delete", *key)
 
 
-@pytest.mark.parametrize("folder, dpi", [("Windows", 96), ("Windows_Pure_64_Bit", 192)], indirect=["dpi"])
-def test_build_that_fetches_its_vm(app, hold, vm_pack, folder, dpi):
+@pytest.mark.parametrize("folder, dpi, option, pack", [
+    ("Windows", 96, 11, "not__found"), ("Windows_Pure_64_Bit", 192, 12, "dont__search")], indirect=["dpi"])
+def test_build_that_fetches_its_vm(app, hold, vm_pack, folder, dpi, option, pack):
     hold.shows = True
-    write_options(app, folder, **without_vm(12, "dont__search", *vm_pack))
+    write_options(app, folder, **without_vm(option, pack, *vm_pack))
     result = app.run(env={"STAND_IN_EXIT": "7"})
     assert (boxes_of(result), result.exit_code) == ([PROGRESS], 7)
     assert result.box.progress_width == 220 * dpi // 96
