@@ -15,10 +15,6 @@ using Entries = std::map<std::wstring, std::wstring>;
 
 const std::wstring kAbsent = L"(absent)";
 
-void expectEntries(const PropertyFile& file, const Entries& entries, const std::string& what) {
-  for (const auto& [key, value] : entries) EXPECT_EQ(file.get(key, kAbsent), value) << key << " in " << what;
-}
-
 TEST(PropertyFileTest, Parses) {
   const std::pair<std::wstring, Entries> rows[] = {
       {L"a = b \n", {{L"a", L"b"}}},
@@ -45,7 +41,8 @@ TEST(PropertyFileTest, Parses) {
   for (const auto& [text, entries] : rows) {
     PropertyFile file;
     file.parse(text);
-    expectEntries(file, entries, toUtf8(text));
+    for (const auto& [key, value] : entries)
+      EXPECT_EQ(file.get(key, kAbsent), value) << testing::PrintToString(text);
   }
 }
 
