@@ -30,6 +30,8 @@ struct ApplicationCheck {
   std::vector<std::pair<int, int>> javas;
   /// The Java in the folder, when no other is taken (but for what a user names); else 0.
   int ownJava = 0;
+  /// It is one, with 64 bits.
+  bool isOwn64Bit = false;
   Findings findings;
 
   void add(RuleRef rule, const std::string& file, size_t line, std::wstring_view text);

@@ -131,7 +131,7 @@ class Checker {
     } else if (most != 0 && initial > most) {
       check_.add("heap", check_.ryn, kHeapInitialKey, L"is more than the largest size, which no VM accepts");
     }
-    if (most > kLargestHeapOf32Bits && vmBits(properties()) != L"64") {
+    if (most > kLargestHeapOf32Bits && vmBits(properties()) != L"64" && !check_.isOwn64Bit) {
       check_.add("heap-bits", check_.ryn, kHeapMaxKey,
                  concat({L"32-bit VMs, which may be found, cannot have \"", text,
                          L"\": write ryn.win32.vm.bits=64"}));

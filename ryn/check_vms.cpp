@@ -113,6 +113,7 @@ class Checker {
                               choice.considered.front().outcome == VmOutcome::kChosen);
     if (isFirst_) {
       check_.ownJava = generation;
+      check_.isOwn64Bit = check_.probe.imageBitness(choice.chosen->executable) == ImageBitness::k64;
       check_.javas.clear();
     }
     if (generation != 0) check_.javas.emplace_back(generation, generation);

@@ -6,7 +6,7 @@ import subprocess
 import pefile
 import pytest
 
-from harness import App, install_vm, ryn
+from harness import BUILD, App, install_vm, ryn, windows_path
 # Some of the launcher's own tests, which a branded one has to pass, and what they need.
 from test_arguments import argument_app, test_arguments_are_relative_to_the_folder_of_the_caller  # noqa: F401
 from test_console import test_control_key_opens_a_console_and_holds_it  # noqa: F401
@@ -16,6 +16,8 @@ from test_launch import test_microsoft_command_line, test_modern_command_line  #
 from test_packs import PROGRESS, boxes_of, dpi, test_build_that_fetches_its_vm, vm_pack, web  # noqa: F401
 
 GERMAN, JAPANESE, ENGLISH = 1031, 1041, 1033
+# What comes of a check that finds the class path empty.
+NO_JAR = 1
 NO_JAVA = "Bitte Java 17 installieren:\nhttps://example.com/größe"
 
 
@@ -27,7 +29,7 @@ def branded(tmp_path_factory):
     (folder / "texts" / "de.txt").write_text(NO_JAVA, encoding="utf-8")
     subprocess.run(["convert", "-size", "48x48", "xc:red", "-size", "16x16", "xc:blue", folder / "app.ico"], check=True)
     ryn("make", "--name", "Größe", "--out", folder / "app", "--title", "Größe 文", "--icon", folder / "app.ico",
-        "--main", "Main", "--no-vm-text", folder / "texts", "--version", "2.4.0.17")
+        "--main", "Main", "--no-vm-text", folder / "texts", "--version", "2.4.0.17", code=NO_JAR)
     return folder / "app" / "Größe.exe"
 
 
@@ -49,8 +51,8 @@ def image(branded):
 def test_the_icon_is_the_one_given(branded):
     """That of the download's window, which is the only one and so Explorer's."""
     found = subprocess.run(["wrestool", "--extract", "--type=group_icon", branded], capture_output=True, check=True)
-    # Behind the list of the two pictures, in which not everything counts.
-    assert found.stdout[6 + 2 * 16:] == (branded.parents[1] / "app.ico").read_bytes()[6 + 2 * 16:] != b""
+    # It fills up behind the last picture.
+    assert found.stdout.startswith((branded.parents[1] / "app.ico").read_bytes())
 
 
 @pytest.mark.parametrize("locale, language", [("de_DE", GERMAN), ("ja_JP", JAPANESE), ("is_IS", ENGLISH)])
@@ -83,6 +85,20 @@ def test_a_pack_is_fetched_once(host, web, tmp_path):
     report = json.loads(ryn("pack", "build", home, "--out", tmp_path / "jre.vm", "--json"))
     web.answers["/jre.vm"] = (tmp_path / "jre.vm").read_bytes()
     ryn("make", "--name", "Fetch", "--out", tmp_path / "app", "--main", "Main", "--no-start",
-        "--pack", f"{web.url}/jre.vm", "--digest", report["md5"])
+        "--pack", f"{web.url}/jre.vm", "--digest", report["md5"], code=NO_JAR)
     app = App(host, tmp_path / "app", "Fetch")
     assert [boxes_of(app.run(env={"STAND_IN_EXIT": "7"})), web.answers.clear(), boxes_of(app.run())] == [[PROGRESS], None, []]
+
+
+def test_the_same_folder_is_made_on_windows(host, tmp_path):
+    files = []
+    for system in "native", "windows":
+        out = tmp_path / system / "Größe"
+        arguments = ["make", "--name", "Größe", "--main", "a.Main", "--version", "1.2", "--vendors", "--out"]
+        if system == "native":
+            ryn(*arguments, out, code=NO_JAR)
+        else:
+            out.parent.mkdir()
+            assert host.wine(BUILD / "ryn" / "ryn.exe", *arguments, windows_path(out), check=False) == NO_JAR
+        files.append({path.relative_to(out): path.read_bytes() for path in out.rglob("*") if path.is_file()})
+    assert files[0] == files[1] and len(files[0]) == 5

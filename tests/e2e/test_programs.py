@@ -1,12 +1,18 @@
-"""Programs from Maven Central as they are: through the launcher and ryn-start.jar as by java itself. Skipped until
-`tools/setup programs` has fetched them."""
+"""Programs from Maven Central as they are: made into applications by `ryn make --jar`, they do as by java itself.
+Skipped until `tools/setup programs` has fetched them."""
+import contextlib
 import re
 import shutil
+import socket
 import subprocess
+import threading
 
 import pytest
+import Xlib.display
 
-from harness import BUILD, REPOSITORY, windows_path
+from harness import REPOSITORY, App, ryn, wait_until, windows_path
+from test_real_vm import WM_CLOSE, width_of_window
+from test_service import service  # noqa: F401
 
 PROGRAMS = REPOSITORY / "build" / "programs"
 pytestmark = pytest.mark.skipif(not PROGRAMS.is_dir(), reason="tools/setup programs fetches them")
@@ -37,22 +43,28 @@ def fetched(name):
     return path
 
 
+def java(app, *arguments):
+    """Java itself, the one beside the application, in its folder."""
+    return subprocess.Popen(["wine", app.folder / "jre" / "bin" / "java.exe", *arguments], cwd=app.folder,
+                            env=app.host.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+
 @pytest.fixture
-def program(make_app):
-    """program(jars, main class): an application of these jars."""
-    app = make_app("programs ü")
-    shutil.copy(BUILD / "ryn-start.jar", app.folder)
+def program(host, runtime, tmp_path):
+    """program(jars, main class): an application of these jars, and what to tell java for the same."""
+    apps = []
 
     def make(jars, main_class):
+        folder = tmp_path / "programs ü"
         names = [fetched(name).name for name in jars]
-        for name in names:
-            shutil.copy(PROGRAMS / name, app.folder)
-        start = {"ryn__start__class": main_class} if main_class else {"ryn__start__jar": names[0]}
-        app.configure(ryn__class__path=";".join(["ryn-start.jar", *names]), ryn__launch__arguments="exact",
-                      ryn__nl__java__launcher__main__class="com.vantu.ryn.Start", **start)
-        direct = ["-cp", ";".join(names), main_class] if main_class else ["-jar", names[0]]
-        return app, direct
-    return make
+        options = [word for name in names for word in ("--jar", PROGRAMS / name)]
+        ryn("make", "--name", "Program", "--out", folder, "--java", "17", "--runtime", runtime(17), *options,
+            *(["--main", main_class] if main_class else []))
+        apps.append(App(host, folder, "Program"))
+        return apps[-1], ["-cp", ";".join(f"lib/{name}" for name in names), main_class] if main_class else ["-jar", f"lib/{names[0]}"]
+    yield make
+    for app in apps:
+        app.end()
 
 
 def comparable(text):
@@ -62,7 +74,7 @@ def comparable(text):
 
 
 @pytest.mark.parametrize("name", CASES)
-def test_runs_as_by_java_itself(program, host, runtime, name):
+def test_runs_as_by_java_itself(program, name):
     jars, main_class, arguments, code = CASES[name]
     app, direct = program(jars, main_class)
     work = app.folder
@@ -74,7 +86,6 @@ def test_runs_as_by_java_itself(program, host, runtime, name):
         (work / "SomeTest.java").write_text(TEST_CLASS, encoding="utf-8")
         subprocess.run(["javac", "--release", "11", "-encoding", "UTF-8", "-cp", fetched("junit"), "-d", work / "the tests",
                         work / "SomeTest.java"], check=True, timeout=120)
-    java = runtime(17) / "bin" / "java.exe"
 
     def outcome(run, output, error):
         made = sorted(str(path.relative_to(work)) for path in work.rglob("*") if path.is_file())
@@ -82,9 +93,84 @@ def test_runs_as_by_java_itself(program, host, runtime, name):
         (work / "out.txt").unlink(missing_ok=True)
         return run, comparable(output), comparable(error), made
 
-    plain = subprocess.run(["wine", java, *direct, *arguments], cwd=work, env=host.environment, stdin=subprocess.DEVNULL,
-                           capture_output=True, timeout=120)
-    expected = outcome(plain.returncode, plain.stdout, plain.stderr)
-    ours = app.run(subprocess.list2cmdline(arguments), vm=java, limit=120)
+    plain = java(app, *direct, *arguments)
+    output, error = plain.communicate(timeout=120)
+    expected = outcome(plain.returncode, output, error)
+    ours = app.run(subprocess.list2cmdline(arguments), limit=120)
     assert outcome(ours.exit_code, ours.stdout, ours.stderr) == expected
     assert (ours.boxes, ours.exit_code, ours.temp_files) == ([], code, [])
+
+
+def test_swing(program, host):
+    app, direct = program(["antlr4"], "org.antlr.v4.gui.Interpreter")
+    (app.folder / "Words.g4").write_text("grammar Words; all: 'a'*;")
+    (app.folder / "in.txt").write_text("aaa")
+    arguments = ["Words.g4", "all", "-tree", "-gui", "in.txt"]
+    with contextlib.closing(Xlib.display.Display(host.environment["DISPLAY"])) as display:
+        def close_window():
+            width = width_of_window(display, "Parse Tree Inspector")
+            host.post("Parse Tree Inspector", WM_CLOSE)
+            return width
+
+        plain = java(app, *direct, *arguments)
+        width = close_window()
+        output, error = plain.communicate(timeout=120)
+        run = app.start(subprocess.list2cmdline(arguments), limit=120)
+        assert close_window() == width
+        ours = run.wait()
+    assert (ours.exit_code, comparable(ours.stdout), comparable(ours.stderr)) == (
+        plain.returncode, comparable(output), comparable(error))
+    assert (ours.boxes, ours.temp_files) == ([], []) and b"(all a a a" in ours.stdout
+
+
+@pytest.fixture
+def app(program):
+    """H2's server on a port of its own, and a program that talks to it."""
+    app, _ = program(["h2"], "org.h2.tools.Server")
+    with socket.socket() as free:
+        free.bind(("127.0.0.1", 0))
+        app.port = free.getsockname()[1]
+
+    def can_connect():
+        with contextlib.suppress(OSError), socket.create_connection(("127.0.0.1", app.port), 5):
+            return True
+
+    def client(main_class, *arguments):
+        wait_until(can_connect, "start of the server")
+        done = java(app, "-cp", f"lib/{fetched('h2').name}", f"org.h2.tools.{main_class}", *arguments)
+        output, error = done.communicate(timeout=120)
+        assert done.returncode == 0, error
+        return output
+
+    app.client = client
+    app.url = f"tcp://localhost:{app.port}"
+    app.tail = f"-tcp -tcpPort {app.port} -tcpPassword x -ifNotExists -baseDir ."
+    return app
+
+
+def ask(app):
+    return app.client("Shell", "-url", f"jdbc:h2:{app.url}/./served", "-user", "sa", "-password", "", "-sql", "select 6 * 7")
+
+
+def test_server(app):
+    run = app.start(app.tail, limit=120)
+    assert b"42" in ask(app)
+    app.client("Server", "-tcpShutdown", app.url, "-tcpPassword", "x")
+    result = run.wait()
+    assert (result.exit_code, result.boxes, result.temp_files) == (0, [], [])
+    assert result.stdout.startswith(b"TCP server running at tcp://")
+
+
+def test_server_as_a_service(app, service):
+    marker, answers = app.folder / "asked", []
+
+    def client():
+        answers.append(ask(app))
+        marker.touch()
+    thread = threading.Thread(target=client)
+    thread.start()
+    lines = service("start", "running", f"file={windows_path(marker)}", "stop", "ended", tail=app.tail)
+    thread.join()
+    assert b"42" in answers[0] and lines[-1] == ["ended", 0]
+    # Closed as by a program that had the time for it.
+    assert (app.folder / "served.mv.db").exists() and not (app.folder / "served.lock.db").exists()

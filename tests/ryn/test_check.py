@@ -62,10 +62,10 @@ def described(text, count=1):
     return {SPECS: DESCRIBED.format(count=count), **({"jvmspecs/one.txt": text} if text else {})}
 
 
-def runtime(java=17, folder="jre/bin/", **programs):
+def runtime(version=17, folder="jre/bin/", **programs):
     files = {"java.exe": image(), "javaw.exe": image()} | {f"{name}.exe": data for name, data in programs.items()}
     return {folder + name: data for name, data in files.items() if data is not None} | (
-        {folder + "../release": f'JAVA_VERSION="{java}.0.1"\n'} if java else {})
+        {folder + "../release": f'JAVA_VERSION="{version}.0.1"\n'})
 
 
 OWN = ["ryn.nl.current.vm=jre/bin/java.exe", "ryn.nl.valid.vm.list=JRE"]
@@ -126,6 +126,9 @@ ROWS = [
     ("heap:7", ["ryn.nl.java.option.java.heap.size.initial=65m", "ryn.nl.java.option.java.heap.size.max=64m"], {}),
     ("heap:7", ["ryn.nl.java.option.java.heap.size.initial=64"], {}),
     ("heap-bits:7", ["ryn.nl.java.option.java.heap.size.max=2048m"], {}),
+    ("", [*OWN, "ryn.nl.java.option.java.heap.size.max=2048m"], runtime()),
+    ("heap-bits:9", [*OWN, "", "ryn.nl.java.option.java.heap.size.max=2048m"],
+     runtime(java=image(0x14C), javaw=image(0x14C))),
     ("open-quote:6", options('"-Da=b c'), {}),
     ("stray-word:6", options("-Da=b c"), {}),
     ("stray-word:6", options(r'"-Da=b \"c" -jar'), {}),
