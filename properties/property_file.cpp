@@ -58,7 +58,6 @@ void PropertyFile::parse(std::wstring_view text) {
 
 void PropertyFile::parseLine(std::wstring_view line) {
   if (line.starts_with(L'#')) return;
-  line = trim(line);
   const size_t separator = line.find(L'=');
   if (separator == std::wstring_view::npos) return;
 

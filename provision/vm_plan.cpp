@@ -3,20 +3,23 @@
 namespace ryn {
 namespace {
 
+using SearchOption = int BuildOptions::*;
+using Pack = VmPack BuildOptions::*;
+
 struct Row {
   std::wstring_view buildOption;
-  int BuildOptions::*searchOption;
+  SearchOption searchOption;
   int searchOptionValue;
   bool searches;
   bool shippedVm;
   /// Null for rows that fetch nothing.
-  VmPack BuildOptions::*pack;
+  Pack pack;
   /// The two texts differ in one letter, and each stays with its option.
   std::wstring_view digestFailureText;
 };
 
-constexpr int BuildOptions::*kWithVm = &BuildOptions::withVmSearchOption;
-constexpr int BuildOptions::*kWithoutVm = &BuildOptions::withoutVmSearchOption;
+constexpr SearchOption kWithVm = &BuildOptions::withVmSearchOption;
+constexpr SearchOption kWithoutVm = &BuildOptions::withoutVmSearchOption;
 
 // What is in no row leads to no VM.
 constexpr Row kRows[] = {

@@ -22,9 +22,9 @@ int tellSupport() {
     std::cout << "The report about this application is\n\n    "
               << toUtf8(replaceAll(fromUtf8(textOf(writeSupportReport())), L"/", L"\\"))
               << "\n\nPlease send it to those who asked for it.\n";
-  } catch (const CommandError& error) {
+  } catch (const std::exception& error) {
     std::cout << error.what() << "\n\nStart this program on a command line: ryn --help\n";
-    ended = error.code;
+    ended = kUsage;
   }
   std::cout << "\nEnter closes this window. " << std::flush;
   std::cin.get();

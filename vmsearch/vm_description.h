@@ -48,9 +48,12 @@ struct VmDescription {
 /// A key of a description file: it sets a text or opens a block that fills a list. The mark that ends a block
 /// has neither.
 struct DescriptionKey {
+  using Text = std::wstring VmDescription::*;
+  using Block = std::vector<std::wstring> VmDescription::*;
+
   std::wstring_view name;
-  std::wstring VmDescription::*text = nullptr;
-  std::vector<std::wstring> VmDescription::*block = nullptr;
+  Text text = nullptr;
+  Block block = nullptr;
 };
 
 inline constexpr std::wstring_view kEndOfBlock = L"/:";

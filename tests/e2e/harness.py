@@ -84,6 +84,7 @@ class Host:
     def __init__(self):
         self._exit = contextlib.ExitStack()
         self.own_keys = set()
+        self.newest_run = None
         self.prefix = pathlib.Path(os.environ.get("WINEPREFIX", REPOSITORY / "build" / "wine"))
         # Little of this host may show in the environments that the tests look at.
         keep = ("PATH", "HOME", "USER", "LANG", "DISPLAY", "XAUTHORITY")
@@ -182,7 +183,6 @@ class Box:
     buttons: list
     icon: bool
     progress: bool
-    progress_end: int
     progress_width: int
 
     @property
@@ -241,6 +241,7 @@ class Run:
     def __init__(self, host, folder, request, stdin, limit, host_environment):
         self._limit = limit
         self._folder = folder
+        host.newest_run = self
         self.record_file = folder / "record"
         (folder / "temp").mkdir(parents=True)
         request = [("limit", int(limit * 1000)), ("report", windows_path(folder / "report")), *request]
@@ -264,6 +265,11 @@ class Run:
         """Waits until a stand-in VM is running."""
         return wait_until(self.records, "start of a VM")[0]
 
+    def wait_for_dialog(self, **facts):
+        """Waits until one is on the screen of which these facts, as the runner names them, have been seen."""
+        wait_until(lambda: any(facts.items() <= {name: values[0] for name, values in dialog.items()}.items()
+                               for dialog in read_facts(self._folder / "report.seen", "title")), f"dialog {facts}")
+
     def is_running(self):
         return self._process.poll() is None
 
@@ -271,7 +277,7 @@ class Run:
         self._process.wait(self._limit + 30)
         *boxes, report = read_facts(self._folder / "report", "title", "exitCode")
         boxes = [Box(box["title"][0], box["text"], box["button"],
-                     *(int(box[name][0]) for name in ("icon", "progress", "progressEnd", "progressWidth"))) for box in boxes]
+                     *(int(box[name][0]) for name in ("icon", "progress", "progressWidth"))) for box in boxes]
         assert report["startError"] == ["0"], f"not started: error {report['startError']}"
         assert report["timedOut"] == ["0"], f"still running after {self._limit} s; boxes: {boxes}"
         return Result(int(report["exitCode"][0]), (self._folder / "stdout").read_bytes(),

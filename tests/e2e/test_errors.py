@@ -74,9 +74,9 @@ def test_vm_that_cannot_be_started(app):
 
 
 def test_property_file_that_cannot_be_read(make_app):
-    app = make_app("Schränke 文")
+    app = make_app("Schränke 文😀")
     app.ryn.mkdir()
     # What such an error says follows the text, here with the path of the file, in bytes that are widened.
-    path = windows_path(app.ryn).replace("文", r"\u6587")
+    path = windows_path(app.ryn).replace("文", r"\u6587").replace("😀", r"\ud83d\ude00")
     fail(app, f"an unknown exception has occurrred.\ncould not open file for read: {path}")
 

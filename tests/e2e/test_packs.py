@@ -10,7 +10,7 @@ import zipfile
 
 import pytest
 from pyftpdlib.authorizers import DummyAuthorizer
-from pyftpdlib.handlers import FTPHandler
+from pyftpdlib.handlers import DTPHandler, FTPHandler
 from pyftpdlib.servers import ThreadedFTPServer
 
 from harness import (ERROR_TITLE, FIXTURES, LIMIT_SECONDS, NO_VALID_VM, SYSTEM_PATH, Run, install_vm, wait_until,
@@ -37,6 +37,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
             answer = self.server.answers.get(self.path)
             if isinstance(answer, bytes):
                 self.begin(len(answer))
+                self.server.hold()
                 self.wfile.write(answer)
             elif answer is None:
                 self.send_error(404)
@@ -53,9 +54,20 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
 
 @pytest.fixture
-def web():
+def hold(host):
+    """hold(): holds a server's answer until the progress dialog is on the screen, where hold.shows says that one comes."""
+    def wait():
+        if wait.shows:
+            host.newest_run.wait_for_dialog(title=TITLE, text=PROGRESS[1])
+    wait.shows = False
+    return wait
+
+
+@pytest.fixture
+def web(hold):
     """A server; `answers` has the bytes, or a function of the handler, for each path."""
     server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+    server.hold = hold
     server.answers = {}
     server.url = f"http://127.0.0.1:{server.server_port}"
     thread = threading.Thread(target=server.serve_forever)
@@ -67,13 +79,18 @@ def web():
 
 
 @pytest.fixture
-def ftp(tmp_path):
+def ftp(hold, tmp_path):
     """The address of an FTP server and the folder that it serves."""
     folder = tmp_path / "ftp"
     folder.mkdir()
     authorizer = DummyAuthorizer()
     authorizer.add_anonymous(str(folder))
-    handler = type("Anonymous", (FTPHandler,), {"authorizer": authorizer})
+
+    class Transfer(DTPHandler):
+        def push_with_producer(self, producer):
+            hold()
+            super().push_with_producer(producer)
+    handler = type("Anonymous", (FTPHandler,), {"authorizer": authorizer, "dtp_handler": Transfer})
     # The port cannot be chosen; an address of this process's own keeps test runs apart.
     process = os.getpid()
     server = ThreadedFTPServer((f"127.{1 + (process >> 16) % 254}.{process >> 8 & 255}.{process & 255}", 21), handler)
@@ -91,14 +108,14 @@ class Answer:
         output = result.stdout.decode("utf-8").replace("\r\n", "\n")
         self.output, self.result = output.removesuffix("\n").rsplit("\nresult: ", 1)
         self.boxes = [(box.title, box.text) for box in result.boxes]
-        self.progress = next((box for box in result.boxes if box.progress), None)
 
 
 @pytest.fixture
-def probe(host, tmp_path):
+def probe(host, hold, tmp_path):
     runs = []
 
     def start(*arguments, press="yes"):
+        hold.shows = "progress" in arguments and "quiet" not in arguments
         command = " ".join(f'"{argument}"' for argument in (windows_path(FIXTURES / "pack_probe.exe"), *arguments))
         request = [("command", command), ("handles", "own"), ("press", press)]
         runs.append(Run(host, tmp_path / f"run{len(runs)}", request, None, LIMIT_SECONDS, None))
@@ -185,15 +202,20 @@ def test_download_that_fails(web, download, tmp_path, url, target, output, boxes
         assert ("Could not" in answer.output) == ("Could not" in (ending or "")), flags
 
 
-def test_progress_dialog(web, download):
+def test_progress_dialog(host, web, download):
     def large(handler):
         handler.begin(73_400_320)
-        handler.wfile.write(b"x" * 2000)
+        # Only while data arrive does the dialog answer.
+        seen = threading.Thread(target=host.newest_run.wait_for_dialog,
+                                kwargs={"title": TITLE, "text": PROGRESS[1], "progressEnd": "6144"})
+        seen.start()
+        while seen.is_alive():
+            handler.wfile.write(bytes(1024))
+            seen.join(0.02)
         handler.close_connection = True
     web.answers["/jre.vm"] = large
     answer = download(web.url + "/jre.vm", "progress")
     assert (answer.result, answer.boxes) == ("true", [PROGRESS])
-    assert answer.progress.progress_end == 6144
 
 
 WM_CLOSE, WM_INITDIALOG, WM_TIMER = 0x10, 0x110, 0x113
@@ -259,7 +281,7 @@ def fetch(web, probe, tmp_path):
     def run(pack, *flags, digest="-", name="jre.vm"):
         web.answers["/d/" + name] = pack
         answer = probe("fetch", f"{web.url}/d/{name}", windows_path(folder), digest, *flags)
-        answer.files = sorted(str(path.relative_to(folder)) for path in folder.rglob("*") 
+        answer.files = sorted(str(path.relative_to(folder)) for path in folder.rglob("*")
                               if path.is_file() and path != options)
         answer.home = windows_path(folder / "Windows" / "resource" / "jre")
         return answer
@@ -298,6 +320,8 @@ NO_PACK = ("\nThe file specified is not a valid VM pack\n",
      [PROGRESS], ["Windows/resource/jre/readme.txt"]),
     (PACK, {"name": "jre.zip"}, *NO_PACK),
     (PACK, {"name": "jre.VM"}, *NO_PACK),
+    # A name all the same.
+    (b"no archive", {"name": ".vm"}, *NO_ARCHIVE),
 ])
 def test_pack_that_fails(fetch, pack, options, output, boxes, files):
     for flags, shown in (((), []), (("progress",), boxes), (("progress", "quiet"), [])):
@@ -386,9 +410,11 @@ def dpi(host, request):
     host.wine("reg", "delete", *key)
 
 
-@pytest.mark.parametrize("folder, dpi", [("Windows", 96), ("Windows_Pure_64_Bit", 192)], indirect=["dpi"])
-def test_build_that_fetches_its_vm(app, vm_pack, folder, dpi):
-    write_options(app, folder, **without_vm(12, "dont__search", *vm_pack))
+@pytest.mark.parametrize("folder, dpi, option, pack", [
+    ("Windows", 96, 11, "not__found"), ("Windows_Pure_64_Bit", 192, 12, "dont__search")], indirect=["dpi"])
+def test_build_that_fetches_its_vm(app, hold, vm_pack, folder, dpi, option, pack):
+    hold.shows = True
+    write_options(app, folder, **without_vm(option, pack, *vm_pack))
     result = app.run(env={"STAND_IN_EXIT": "7"})
     assert (boxes_of(result), result.exit_code) == ([PROGRESS], 7)
     assert result.box.progress_width == 220 * dpi // 96
@@ -426,13 +452,15 @@ def test_start_killed_while_unpacking(app, web, vm_pack, last_seen):
 
 
 @pytest.mark.parametrize("option, pack, ending", [(11, "not__found", "exiting"), (12, "dont__search", "Exiting")])
-def test_fetch_that_fails_ends_the_launch(app, vm_pack, option, pack, ending):
+def test_fetch_that_fails_ends_the_launch(app, hold, vm_pack, option, pack, ending):
     url, digest = vm_pack
+    hold.shows = True
     write_options(app, **without_vm(option, pack, url, digest.upper()))
     warning = ("MD5 Checksum Verification",
                f"Warning!! MD5 checksum verification for downloaded JVM failed\nInstaller {ending}...")
     result = app.run()
     assert (boxes_of(result), result.exit_code) == ([PROGRESS, warning, NO_VM], 106)
+    hold.shows = False
     result = app.run("silent")
     assert (boxes_of(result), result.exit_code) == ([NO_VM], 106)
     assert b"Download" not in result.stdout

@@ -112,9 +112,12 @@ def test_every_reason_is_told(explain, keys, record, files, arguments, told):
 
 
 def test_no_reason_is_missing_above():
-    source = (pathlib.Path(__file__).parents[2] / "vmsearch" / "vm_names.cpp").read_text()
+    root = pathlib.Path(__file__).parents[2]
+    source = (root / "vmsearch" / "vm_names.cpp").read_text()
     names = re.findall(r'L"(\w+)"', source[source.index("nameOf(VmOutcome"):])
     assert set(names) == {word.split()[1] for row in OUTCOMES for word in row[4].split(", ")} and len(names) == 19
+    documented = (root / "docs" / "explain.md").read_text()
+    assert all(f"`{name}`" in documented for name in names)
 
 
 def test_the_whole_report(explain):

@@ -27,6 +27,7 @@ TEST(ApplicationLayoutTest, LooksForTheTwoFoldersOfThePackSeparately) {
   folder.makeFolder(L"Windows");
   EXPECT_EQ(packDestination(root, L"http://h/ \tjre 17.vm"),
             root + L"\\Windows_Pure_64_Bit\\jvmspecsjre 17.vm");
+  EXPECT_EQ(packDestination(root, L".vm"), root + L"\\Windows_Pure_64_Bit\\jvmspecs.vm");
   EXPECT_EQ(extractionFolder(root), root + L"\\Windows\\resource\\jre\\");
 }
 

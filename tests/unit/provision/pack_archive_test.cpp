@@ -34,26 +34,23 @@ class PackArchiveTest : public testing::Test {
   TempFolder folder_{TempFolder::Name::kNonAscii};
 };
 
-TEST_F(PackArchiveTest, EntriesComeOutInAnyOrder) {
+// What archives hold and how they are damaged, the reader's tests say.
+TEST_F(PackArchiveTest, WritesFilesAndFolders) {
   const std::string big(100'000, 'b');
   PackArchive archive;
   ASSERT_NO_FATAL_FAILURE(open(archive, makeZip({{.name = "bin/", .externalAttributes = 0x10},
                                                  {.name = "bin/sub\\one.txt", .data = "one"},
+                                                 {.name = "taken", .data = big},
                                                  {.name = "big", .data = big},
-                                                 {.name = "stored", .data = big, .method = 0},
-                                                 {.name = "empty"}})));
-  PackEntry entry;
-  ASSERT_EQ(archive.getEntry(-1, entry), PackResult::kOk);
-  EXPECT_EQ(entry.index, 5);
-
-  for (const int32_t index : {4, 0, 3, 1, 2, 2}) EXPECT_EQ(extract(archive, index), PackResult::kOk) << index;
+                                                 {.name = "longer", .data = big, .sizeError = 10}})));
+  folder_.makeFolder(L"out\\taken");
+  const PackResult results[] = {PackResult::kOk, PackResult::kOk, PackResult::kFileNotCreated,
+                                PackResult::kOk, PackResult::kDataEnded};
+  for (int32_t index = 0; index < 5; ++index) EXPECT_EQ(extract(archive, index), results[index]) << index;
   EXPECT_TRUE(folderExists(folder_.at(L"out\\bin")));
   EXPECT_EQ(extracted(L"bin\\sub\\one.txt"), "one");
   EXPECT_EQ(extracted(L"big"), big);
-  EXPECT_EQ(extracted(L"stored"), big);
-  EXPECT_EQ(extracted(L"empty"), "");
-  for (const int32_t index : {-2, -1, 5, INT32_MAX})
-    EXPECT_EQ(archive.extract(index, L"x"), PackResult::kBadIndex) << index;
+  for (const int32_t index : {-1, 5}) EXPECT_EQ(archive.extract(index, L"x"), PackResult::kBadIndex) << index;
 }
 
 TEST_F(PackArchiveTest, AttributesAndTimesReachTheFile) {
@@ -70,26 +67,6 @@ TEST_F(PackArchiveTest, AttributesAndTimesReachTheFile) {
   const uint64_t modified =
       static_cast<uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32 | data.ftLastWriteTime.dwLowDateTime;
   EXPECT_EQ(modified, unixTicks(1000));
-}
-
-TEST_F(PackArchiveTest, DamagedEntriesAreToldApart) {
-  const std::string data(50'000, 'd');
-  std::string bytes = makeZip({{.name = "encrypted", .data = data, .flags = 1},
-                               {.name = "longer", .data = data, .sizeError = 10},
-                               {.name = "bzip2", .data = data, .method = 12},
-                               {.name = "taken", .data = data},
-                               {.name = "header", .data = data},
-                               {.name = "good", .data = data}});
-  bytes[bytes.find("PK\3\4", bytes.find("header") - 40) + 1] = 'X';
-  folder_.makeFolder(L"out\\taken");
-  PackArchive archive;
-  ASSERT_NO_FATAL_FAILURE(open(archive, bytes));
-
-  const PackResult results[] = {PackResult::kEncrypted,     PackResult::kDataEnded,
-                                PackResult::kCorruptHeader, PackResult::kFileNotCreated,
-                                PackResult::kCorruptHeader, PackResult::kOk};
-  for (int32_t index = 0; index < 6; ++index) EXPECT_EQ(extract(archive, index), results[index]) << index;
-  EXPECT_EQ(extracted(L"good"), data);
 }
 
 }  // namespace

@@ -45,11 +45,15 @@ struct Archive {
 
 TEST(PackReaderTest, ReadsEntriesInAnyOrder) {
   const std::string big(100'000, 'b');
+  // As long as a name can be, in bytes and in characters.
+  std::string longest;
+  for (int i = 0; i < 259; ++i) longest += "\xE2\x82\xAC";
+  longest += "ab";
   Archive archive(makeZip({{.name = "/bin/", .versionMadeBy = 0x314, .externalAttributes = 0x41ED0000},
                            {.name = "one", .data = "one", .dosDateTime = 77},
                            {.name = "big", .data = big},
                            {.name = "stored", .data = big, .method = 0},
-                           {.name = "empty"}}));
+                           {.name = longest}}));
   ASSERT_TRUE(archive.opened);
   EXPECT_EQ(archive.count(), 5);
   const std::string data[] = {"", "one", big, big, ""};
@@ -65,6 +69,8 @@ TEST(PackReaderTest, ReadsEntriesInAnyOrder) {
   archive.reader.getEntry(1, entry);
   EXPECT_EQ(entry.index, 1);
   EXPECT_EQ(entry.times, (PackTimes{77, 77, 77}));
+  archive.reader.getEntry(4, entry);
+  EXPECT_EQ(entry.name, std::wstring(259, L'\u20ac') + L"a");
 }
 
 TEST(PackReaderTest, TellsDamageApart) {

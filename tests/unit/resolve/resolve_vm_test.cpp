@@ -4,6 +4,7 @@
 
 #include "tests/unit/support/fake_probe.h"
 #include "vmlaunch/launch_plan.h"
+#include "vmsearch/folder_walk.h"
 #include "vmsearch/vm_names.h"
 
 namespace ryn {
@@ -61,6 +62,25 @@ class ResolveVmTest : public testing::Test {
     return record;
   }
 
+  /// The plan for what was chosen last, in a launch with these properties.
+  LaunchPlan planFor(const std::wstring& lines, bool service = false) {
+    PropertyFile properties;
+    properties.parse(concat({L"ryn.nl.java.launcher.main.class=M\n", lines, L"\n"}));
+    return planLaunch(choice_,
+                      {.properties = properties,
+                       .propertiesPath = ryn_,
+                       .tempPropertiesPath = temp_,
+                       .programPath = L"C:\\a.exe",
+                       .defaultFolder = L"D:\\",
+                       .commandLine = L" a.exe \t\"\\",
+                       .arguments = arguments_,
+                       .environment = environment_,
+                       .console = console_,
+                       .service = service,
+                       .stopInput = service},
+                      machine_);
+  }
+
   /// Folder of the chosen VM; empty for none.
   std::wstring chosen(const std::wstring& lines = L"") {
     resolve(lines);
@@ -75,6 +95,9 @@ class ResolveVmTest : public testing::Test {
   bool exhaustive_ = false;
   PackFetcher fetcher_;
   VmChoice choice_;
+  std::wstring ryn_ = L"D:\\me\\a.ryn";
+  std::wstring temp_;
+  std::vector<std::wstring> arguments_;
 };
 
 TEST_F(ResolveVmTest, TheEnvironmentNamesTheVm) {
@@ -132,27 +155,31 @@ TEST_F(ResolveVmTest, ReadsTheRegistry) {
   registerVm(std::wstring(kJdk) + L"11.0.2", L"C:\\jdk11");
   registerVm(std::wstring(kJre) + L"11.0.3", L"C:\\jre11");
   registerVm(java2 + L"1.4.2", L"C:\\ibm");
+  registerVm(L"HKLM\\SOFTWARE\\IBM\\Java Development Kit\\1.3", L"C:\\ibm3");
   machine_.value(java2 + L"1.4.2", L"MicroVersion", L" 2nd");
   machine_.value(std::wstring(kJre) + L"17", L"MicroVersion", L"0");
-  machine_.value(std::wstring(kOldJre) + L"1.6.0_1", L"JavaHome", L"C:\\jre11");
-  registerVm(std::wstring(kOldJre) + L"1.6.0_2", L"C:\\gone");
+  machine_.value(std::wstring(kOldJre) + L"1.8.0_1", L"JavaHome", L"C:\\jre11");
+  registerVm(std::wstring(kOldJre) + L"1.8.0_2", L"C:\\gone");
   std::erase_if(machine_.files, [](const std::wstring& path) { return path.starts_with(L"C:\\gone"); });
-  registerVm(std::wstring(kOldJre) + L"1.6.0_3", L"C:\\console only");
+  registerVm(std::wstring(kOldJre) + L"1.8.0_3", L"C:\\console only");
   machine_.files.erase(L"C:\\console only\\bin\\javaw.exe");
-  registerVm(std::wstring(kOldJre) + L"1.6.0_4", L"relative");
+  registerVm(std::wstring(kOldJre) + L"1.8.0_4", L"relative");
   EXPECT_EQ(resolve(),
             L"registry outranked C:\\jdk11 11.2\n"
             L"registry chosen C:\\jre11 11.3\n"
             L"registry unreadableKey \\HKEY_LOCAL_MACHINE\\SOFTWARE\\JavaSoft\\JRE\\17 17.0\n"
             L"registry unreadableKey \\HKEY_LOCAL_MACHINE\\SOFTWARE\\JavaSoft\\Java Runtime "
-            L"Environment\\1.6.0_1 6.1\n"
-            L"registry noUsableHome C:\\gone 6.2\n"
-            L"registry noUsableHome C:\\console only 6.3\n"
-            L"registry noUsableHome relative 6.4\n"
-            L"registry outranked C:\\ibm 4.0\n");
-  EXPECT_EQ(choice_.considered.back().candidate.version, VmVersion(4, 2, 0));
-  EXPECT_EQ(choice_.considered.back().candidate.kind, VmKind::kJdk);
-  EXPECT_EQ(choice_.considered.back().candidate.vendor, L"IBM");
+            L"Environment\\1.8.0_1 8.1\n"
+            L"registry noUsableHome C:\\gone 8.2\n"
+            L"registry noUsableHome C:\\console only 8.3\n"
+            L"registry noUsableHome relative 8.4\n"
+            L"registry outranked C:\\ibm 4.0\n"
+            L"registry outranked C:\\ibm3 3.0\n");
+  const VmCandidate& ibm = choice_.considered[choice_.considered.size() - 2].candidate;
+  EXPECT_EQ(ibm.version, VmVersion(4, 2, 0));
+  EXPECT_EQ(ibm.kind, VmKind::kJdk);
+  EXPECT_EQ(ibm.vendor, L"IBM");
+  EXPECT_EQ(choice_.considered.back().candidate.kind, VmKind::kJre);
 }
 
 TEST_F(ResolveVmTest, KeepsTheExactVersionsOfOneHome) {
@@ -172,7 +199,9 @@ TEST_F(ResolveVmTest, KeepsTheExactVersionsOfOneHome) {
 TEST_F(ResolveVmTest, SearchesPathFolderByFolder) {
   machine_.vm(L"C:\\one\\bin", {11, 0, 2, 0});
   machine_.vm(L"C:\\two", {8, 0, 0, 0}, true);
-  machine_.vm(L"C:\\app\\here", {25, 0, 0, 0});
+  // Also below whatever folder is current.
+  for (const wchar_t* relative : {L"C:\\app\\here", L"here", L".\\here"})
+    machine_.vm(relative, {25, 0, 0, 0});
   machine_.file(L"C:\\link\\java.exe");
   machine_.links[L"C:\\link\\java.exe"] = L"C:\\two\\java.exe";
   environment_ = {
@@ -323,6 +352,8 @@ TEST_F(ResolveVmTest, WalksWhenNoHintHelps) {
   exhaustive_ = true;
   EXPECT_NE(resolve().find(L"chosen C:\\hinted 7.0\ndescription notReached C:\\Program Files\\Java\\jdk-8"),
             std::wstring::npos);
+  EXPECT_EQ(walkFolders({L"C:\\"}, 2, 3, machine_).size(), 3u);
+  EXPECT_EQ(expandWildcards(L"C:\\*", 3, machine_).size(), 3u);
 }
 
 TEST_F(ResolveVmTest, FollowsTheBuildOptions) {
@@ -379,6 +410,13 @@ TEST_F(ResolveVmTest, FollowsTheBuildOptions) {
     EXPECT_EQ(resolve(L"ryn.nl.valid.vm.list=JDK").find(L"pack notFetched http://a/") != std::wstring::npos,
               named);
   }
+  fetcher_ = fetcher;
+  fetched.clear();
+  exhaustive_ = true;
+  jvmspecs_ = concat({packs, without, L"11\n"});
+  EXPECT_EQ(resolve(), L"registry chosen C:\\jre17 17.2\npack notFetched http://a/11.vm 0.0\n");
+  EXPECT_EQ(fetched, L"");
+  exhaustive_ = false;
   jvmspecs_ = with + L"21\n";
   std::erase_if(machine_.files, [&](const std::wstring& path) { return path.starts_with(shipped); });
   EXPECT_EQ(resolve(), L"shipped missing " + shipped + L"\\bin\\java.exe 0.0\n");
@@ -415,23 +453,15 @@ TEST_F(ResolveVmTest, APlanSaysWhatALaunchDoes) {
   registerVm(std::wstring(kJre) + L"17.0.2", L"C:\\jre17");
   machine_.file(L"C:\\ms\\jview.exe");
   machine_.resources[L"C:\\ms\\jview.exe"].fileVersion = {5, 0, 3810, 0};
-  PropertyFile properties;
-  properties.parse(
-      L"ryn.class.path=lib\\a.jar;$ENV_CLASSPATH$\nryn.nl.java.launcher.main.class=Main\nryn.user.dir=data/"
-      L"x\n"
-      L"ryn.nl.java.option.verbose=Loud\nryn.nl.win32.microsoftvm.min.version=3811\n"
-      L"ryn.nl.designer.jvm.securefolder.check=true\n");
-  const EnvironmentMap environment = {{L"classpath", L"C:\\b.jar"}};
-  const LaunchFacts facts{.properties = properties,
-                          .propertiesPath = L"C:\\app\\hello.ryn",
-                          .tempPropertiesPath = L"C:\\t\\ryn1.tmp",
-                          .programPath = L"C:\\app\\hello.exe",
-                          .defaultFolder = L"C:\\start",
-                          .commandLine = L"hello.exe \"C:\\my file\"",
-                          .arguments = {L"hello.exe", L"C:\\my file"},
-                          .environment = environment};
+  const std::wstring lines =
+      L"ryn.class.path=lib\\a.jar;$ENV_CLASSPATH$\nryn.user.dir=data/x\nryn.nl.java.option.verbose=Loud\n"
+      L"ryn.nl.win32.microsoftvm.min.version=3811\nryn.nl.designer.jvm.securefolder.check=true\n";
+  ryn_ = L"C:\\app\\hello.ryn";
+  temp_ = L"C:\\t\\ryn1.tmp";
+  arguments_ = {L"hello.exe", L"C:\\my file"};
+  environment_ = {{L"classpath", L"C:\\b.jar"}};
   resolve();
-  LaunchPlan plan = planLaunch(choice_, facts, machine_);
+  LaunchPlan plan = planFor(lines);
   EXPECT_EQ(plan.facts, L"");
   EXPECT_TRUE(plan.variables.empty());
   EXPECT_EQ(plan.program, L"C:\\jre17\\bin\\javaw.exe");
@@ -439,18 +469,17 @@ TEST_F(ResolveVmTest, APlanSaysWhatALaunchDoes) {
   EXPECT_EQ(plan.request.diagnostics, L"invalid verbosity selection 'loud', disabling verbosity.\n");
   EXPECT_EQ(plan.considered.size(), 1u);
   EXPECT_EQ(plan.refusal, LaunchRefusal::kNone);
-  EXPECT_EQ(
-      plan.commandLine,
-      L"\"C:\\jre17\\bin\\javaw.exe\" --add-opens java.base/jdk.internal.loader=ALL-UNNAMED "
-      L"-Dsun.java2d.uiScale.enabled=false -Djava.locale.useOldISOCodes=true -classpath "
-      L"\"C:\\app\\lib\\a.jar;C:\\b.jar;\" Main \"C:/app/hello.ryn\" \"C:/t/ryn1.tmp\" \"C:\\\\my file\"");
+  EXPECT_EQ(plan.commandLine,
+            L"\"C:\\jre17\\bin\\javaw.exe\" --add-opens java.base/jdk.internal.loader=ALL-UNNAMED "
+            L"-Dsun.java2d.uiScale.enabled=false -Djava.locale.useOldISOCodes=true -classpath "
+            L"\"C:\\app\\lib\\a.jar;C:\\b.jar;\" M \"C:/app/hello.ryn\" \"C:/t/ryn1.tmp\" \"C:\\\\my file\"");
   machine_.administrator = true;
   machine_.unsafe = {L"C:\\jre17\\bin"};
-  EXPECT_EQ(planLaunch(choice_, facts, machine_).refusal, LaunchRefusal::kUnsafeFolder);
+  EXPECT_EQ(planFor(lines).refusal, LaunchRefusal::kUnsafeFolder);
 
   environment_ = {{L"RYN_VM", L"C:\\ms\\jview.exe"}};
   resolve();
-  plan = planLaunch(choice_, facts, machine_);
+  plan = planFor(lines);
   EXPECT_EQ(plan.refusal, LaunchRefusal::kVmTooOld);
   EXPECT_EQ(plan.program, L"C:\\ms\\wjview.exe");
 }
@@ -458,35 +487,20 @@ TEST_F(ResolveVmTest, APlanSaysWhatALaunchDoes) {
 TEST_F(ResolveVmTest, APlanTellsTheJavaSideWhatItAsksFor) {
   registerVm(std::wstring(kJre) + L"17.0.2", L"C:\\jre17");
   resolve();
-  const EnvironmentMap environment;
-  const auto planFor = [&](const wchar_t* key, bool stopInput) {
-    PropertyFile properties;
-    properties.parse(key);
-    return planLaunch(choice_,
-                      {.properties = properties,
-                       .propertiesPath = L"C:\\\u00e9\\a.ryn",
-                       .tempPropertiesPath = L"C:\\t.tmp",
-                       .programPath = L"C:\\a.exe",
-                       .defaultFolder = L"D:\\",
-                       .commandLine = L" a.exe \t\"\\",
-                       .arguments = {L"a.exe"},
-                       .environment = environment,
-                       .console = true,
-                       .service = stopInput,
-                       .stopInput = stopInput},
-                      machine_);
-  };
+  ryn_ = L"C:\\\u00e9\\a.ryn";
+  temp_ = L"C:\\t.tmp";
+  console_ = true;
   const std::wstring rest =
       L"ryn.launch.console=true\nryn.launch.file=C:\\\\\\u00e9\\\\a.ryn\nryn.launch.program=C:\\\\a.exe\n"
       L"ryn.launch.start.folder=D:\\\\\n";
   for (const wchar_t* key : {L"ryn.start.jar=a.jar\n", L"ryn.launch.arguments=Exact\n"}) {
-    const LaunchPlan plan = planFor(key, false);
+    const LaunchPlan plan = planFor(key);
     EXPECT_EQ(plan.facts, L"ryn.launch.service=false\n" + rest) << key;
     EXPECT_TRUE(plan.variables.empty()) << key;
   }
   EXPECT_EQ(planFor(L"ryn.service.stop.seconds=3\n", true).facts,
             L"ryn.launch.service=true\n" + rest + L"ryn.launch.stop.input=true\n");
-  const LaunchPlan exact = planFor(L"ryn.launch.arguments=exact\n", false);
+  const LaunchPlan exact = planFor(L"ryn.launch.arguments=exact\n");
   EXPECT_EQ(exact.facts,
             L"ryn.launch.service=false\n" + rest + L"ryn.launch.command.line=\\u0020a.exe \\u0009\"\\\\\n");
   EXPECT_EQ(exact.variables, (EnvironmentMap{{L"RYN_LAUNCH_PROPERTIES", L"C:\\t.tmp"}}));
@@ -500,21 +514,8 @@ TEST_F(ResolveVmTest, APlanWritesPathsByTheirShortNames) {
   machine_.shortPaths = {{L"C:\\\u5fdc", L"C:\\1"},
                          {L"C:\\\u5fdc\\a.jar", L"C:\\1\\a.jar"},
                          {L"C:\\\u5fdc\\t.tmp", L"C:\\1\\t.tmp"}};
-  const EnvironmentMap environment;
-  const auto planFor = [&](const std::wstring& text) {
-    PropertyFile properties;
-    properties.parse(L"ryn.nl.java.launcher.main.class=M\n" + text);
-    return planLaunch(choice_,
-                      {.properties = properties,
-                       .propertiesPath = L"C:\\\u5fdc\\none.ryn",
-                       .tempPropertiesPath = L"C:\\\u5fdc\\t.tmp",
-                       .programPath = L"",
-                       .defaultFolder = L"",
-                       .commandLine = L"",
-                       .arguments = {},
-                       .environment = environment},
-                      machine_);
-  };
+  ryn_ = L"C:\\\u5fdc\\none.ryn";
+  temp_ = L"C:\\\u5fdc\\t.tmp";
   const std::wstring on = L"ryn.win32.short.paths=yes\n";
   const std::wstring classes = L"ryn.class.path=a.jar;x/*;C:\\\u00e9.jar;C:\\new\\\u6587.jar\n";
   EXPECT_EQ(planFor(classes).refusal, LaunchRefusal::kNone);
@@ -534,6 +535,11 @@ TEST_F(ResolveVmTest, APlanWritesPathsByTheirShortNames) {
   // A wildcard is as lost as its folder.
   machine_.folder(L"C:\\\u6587");
   EXPECT_EQ(planFor(on + L"ryn.class.path=C:\\\u6587\\*\n").lostPath, L"C:\\\u6587\\*");
+  // The oldest have classes of theirs on the class path.
+  registerVm(std::wstring(kOldJre) + L"1.1.8", L"C:\\\u6587");
+  machine_.shortPaths[L"C:\\\u6587"] = L"C:\\2";
+  resolve(L"ryn.nl.valid.vm.list=J1");
+  EXPECT_NE(planFor(on).commandLine.find(L"C:\\2\\lib\\classes.zip"), std::wstring::npos);
 }
 
 TEST_F(ResolveVmTest, APlanTakesTheUsersOptions) {
@@ -542,22 +548,8 @@ TEST_F(ResolveVmTest, APlanTakesTheUsersOptions) {
   // UTF-8, one character for each byte.
   machine_.texts[L"D:\\me\\a.vmoptions"] =
       L"\u00ef\u00bb\u00bf# mine\n -Xmx1g -Da=b \r\n\n  #no\n-Dc=\u00c3\u00a9";
-  const EnvironmentMap environment = {{L"appdata", L"D:\\me"}};
-  const auto planFor = [&](const std::wstring& file, bool service) {
-    PropertyFile properties;
-    properties.parse(L"ryn.nl.java.option.additional=-Dx\nryn.user.options=" + file + L"\n");
-    return planLaunch(choice_,
-                      {.properties = properties,
-                       .propertiesPath = L"D:\\me\\a.ryn",
-                       .tempPropertiesPath = L"",
-                       .programPath = L"",
-                       .defaultFolder = L"",
-                       .commandLine = L"",
-                       .arguments = {},
-                       .environment = environment,
-                       .service = service},
-                      machine_);
-  };
+  environment_ = {{L"appdata", L"D:\\me"}};
+  const std::wstring key = L"ryn.nl.java.option.additional=-Dx\nryn.user.options=";
   const auto textOf = [](const LaunchPlan& plan) {
     std::wstring text;
     for (const VmOption& option : plan.options) {
@@ -566,18 +558,18 @@ TEST_F(ResolveVmTest, APlanTakesTheUsersOptions) {
     return text;
   };
   const std::wstring user = L"|-Dx|user:-Xmx1g -Da=b|user:-Dc=\u00e9";
-  EXPECT_EQ(textOf(planFor(L"%APPDATA%/a.vmoptions", false)), user);
-  const LaunchPlan plan = planFor(L"a.vmoptions", false);
+  EXPECT_EQ(textOf(planFor(key + L"%APPDATA%/a.vmoptions")), user);
+  const LaunchPlan plan = planFor(key + L"a.vmoptions");
   EXPECT_EQ(textOf(plan), user);
   EXPECT_NE(plan.commandLine.find(L"javaw.exe\" -Dx -Xmx1g -Da=b -Dc=\u00e9 -classpath "),
             std::wstring::npos);
   for (const wchar_t* file : {L"none.vmoptions", L"%NONE%\\a.vmoptions", L""}) {
-    EXPECT_EQ(textOf(planFor(file, false)), L"|-Dx") << file;
+    EXPECT_EQ(textOf(planFor(key + file)), L"|-Dx") << file;
   }
-  EXPECT_TRUE(planFor(L"a.vmoptions", true).request.userOptions.isRefused);
-  EXPECT_EQ(textOf(planFor(L"a.vmoptions", true)), L"|-Dx -Xrs");
+  EXPECT_TRUE(planFor(key + L"a.vmoptions", true).request.userOptions.isRefused);
+  EXPECT_EQ(textOf(planFor(key + L"a.vmoptions", true)), L"|-Dx -Xrs");
   machine_.elevated = true;
-  EXPECT_EQ(textOf(planFor(L"a.vmoptions", false)), L"|-Dx");
+  EXPECT_EQ(textOf(planFor(key + L"a.vmoptions")), L"|-Dx");
 }
 
 }  // namespace

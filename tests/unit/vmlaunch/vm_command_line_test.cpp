@@ -33,6 +33,16 @@ TEST(VmCommandLineTest, ModernOptionsFollowTheVersion) {
   }
 }
 
+TEST(VmCommandLineTest, WritesNothingThatIsNotAsked) {
+  LaunchRequest request;
+  request.mainClass = L"Main";
+  request.leadingArguments = {L"D:\\x y", L"C:\\t"};
+  const std::wstring end = L" Main \"D:/x y\" \"C:/t\" ";
+  EXPECT_EQ(classicCommandLine(request, kJava, L"C:\\j"),
+            L"\"C:\\a b\\java.exe\" -classpath \"C:\\j\\lib\\classes.zip;\"" + end);
+  EXPECT_EQ(microsoftCommandLine(request, kJava), L"\"C:\\a b\\java.exe\" /cp \"\"" + end);
+}
+
 TEST(VmCommandLineTest, QuotesApplicationArguments) {
   using Words = std::vector<std::wstring>;
   // The text, and what a program reads from it.
