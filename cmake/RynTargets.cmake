@@ -12,6 +12,8 @@ target_compile_options(ryn_build_flags INTERFACE
   $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>
   # Both make variants of the same few string functions, one for each source file, which cost 10 KB together.
   $<$<CONFIG:MinSizeRel>:-Oz -fno-ipa-sra -fno-inline-small-functions>)
+# No program tells where it was built.
+add_compile_options($<$<CONFIG:MinSizeRel>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=>)
 # For everything in the tree, other people's code included: what reads an archive is theirs.
 set_property(CACHE RYN_CHECKS PROPERTY STRINGS "" sanitizers traps)
 if(RYN_CHECKS STREQUAL "sanitizers")
@@ -38,14 +40,18 @@ if(WIN32)
     # Brings libssp in.
     -fstack-protector-strong
     -Wl,--gc-sections
-    -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat
+    -Wl,--dynamicbase -Wl,--nxcompat $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:-Wl,--high-entropy-va>
+    # The same sources give the same program, whenever it is built.
+    -Wl,--no-insert-timestamp
     $<$<CONFIG:MinSizeRel>:-s>)
 endif()
 
 # Rules, searches and provisioning throw nothing of their own. What passes through them is a lack of memory, which ends
 # the program; cleaning up behind them for that would be a tenth of its code. (Their frames are unwound all the same,
 # their destructors do not run; what Windows holds for the process, it takes back.) Only for sources without "throw".
-set(RYN_RULES_OPTIONS $<$<CONFIG:MinSizeRel>:-fno-exceptions>)
+# 32-bit Windows has no such tables of its own, the compiler must be told to make them.
+set(RYN_RULES_OPTIONS $<$<CONFIG:MinSizeRel>:-fno-exceptions>
+  $<$<AND:$<CONFIG:MinSizeRel>,$<EQUAL:${CMAKE_SIZEOF_VOID_P},4>>:-fasynchronous-unwind-tables>)
 
 # ryn_library(NAME [RULES] SOURCES ... LINKS ...): one folder's static library; RULES for one of these.
 function(ryn_library name)
