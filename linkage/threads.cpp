@@ -2,6 +2,9 @@
 #include <pthread.h>
 #include <windows.h>
 
+#include <cstdlib>
+#include <iterator>
+
 // The few functions of winpthread that libstdc++ and libgcc call for themselves: around the memory of
 // exceptions, around static variables of functions, and to find what belongs to a thread. winpthread keeps a
 // table of threads, an exception handler and start-up code behind them, 30 KB of the program; Windows has the
@@ -14,7 +17,7 @@ namespace {
 
 // Static initialisers of winpthread are -1 for a plain object, -2 and -3 for mutexes of other types; an
 // unused lock of Windows is 0. No lock in use looks like them, since its pointer is aligned and its counters
-// are 32 bits wide. The libraries declare the mutex around static variables as one that can be locked twice,
+// stay far below. The libraries declare the mutex around static variables as one that can be locked twice,
 // and never do so.
 constexpr intptr_t kPlain = -1;
 constexpr intptr_t kOtherType = -3;
@@ -27,6 +30,33 @@ Lock* lockIn(intptr_t* object) {
     __atomic_compare_exchange_n(object, &value, 0, false, __ATOMIC_ACQ_REL, __ATOMIC_RELAXED);
   }
   return reinterpret_cast<Lock*>(object);
+}
+
+/// What Windows calls when a thread ends. On 64-bit Windows there is one way to call a function, and it is
+/// `destructor` itself.
+inline PFLS_CALLBACK_FUNCTION callbackFor(PFLS_CALLBACK_FUNCTION destructor) {
+  return destructor;
+}
+
+template <typename Destructor>
+Destructor destructors[2];
+
+template <typename Destructor, size_t index>
+void CALLBACK callDestructor(void* value) {
+  destructors<Destructor>[index](value);
+}
+
+template <typename Destructor>
+PFLS_CALLBACK_FUNCTION callbackFor(Destructor destructor) {
+  if (destructor == nullptr) return nullptr;
+  static constexpr PFLS_CALLBACK_FUNCTION kCallers[] = {callDestructor<Destructor, 0>,
+                                                        callDestructor<Destructor, 1>};
+  static LONG used = 0;
+  const auto index = static_cast<size_t>(InterlockedIncrement(&used)) - 1;
+  // The libraries have no more keys; a new one needs a caller of its own.
+  if (index >= std::size(kCallers)) std::abort();
+  destructors<Destructor>[index] = destructor;
+  return kCallers[index];
 }
 
 }  // namespace
@@ -77,7 +107,7 @@ int pthread_once(pthread_once_t* once, void (*function)()) {
 
 int pthread_key_create(pthread_key_t* key, void (*destructor)(void*)) {
   // Unlike a slot from TlsAlloc it calls the destructor when a thread ends.
-  const DWORD slot = FlsAlloc(destructor);
+  const DWORD slot = FlsAlloc(callbackFor(destructor));
   if (slot == FLS_OUT_OF_INDEXES) return EAGAIN;
   *key = slot;
   return 0;
