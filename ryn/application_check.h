@@ -49,8 +49,7 @@ struct OptionWords {
   bool isOpen = false;
 };
 
-/// The arguments that the C runtime of Windows makes of a part of a command line.
-/// Source: "Parsing C command-line arguments" in Microsoft's documentation.
+/// The arguments that a VM makes of a part of its command line.
 OptionWords splitOptions(std::wstring_view text);
 
 /// A path that counts from the program's working folder, in the value of `key`: one that leads to nothing, or

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <climits>
 
+#include "launcher/command_line.h"
 #include "properties/keys.h"
 #include "ryn/application_check.h"
 #include "text/path_text.h"
@@ -217,37 +218,12 @@ void checkOptions(ApplicationCheck& check) {
 }
 
 OptionWords splitOptions(std::wstring_view text) {
-  OptionWords result;
-  std::wstring word;
-  bool inWord = false;
-  bool inQuotes = false;
-  for (size_t i = 0; i < text.size(); ++i) {
-    size_t backslashes = 0;
-    for (; i < text.size() && text[i] == L'\\'; ++i) ++backslashes;
-    const bool isQuote = i < text.size() && text[i] == L'"';
-    // Backslashes count as such, unless a double quote follows.
-    word.append(isQuote ? backslashes / 2 : backslashes, L'\\');
-    if (backslashes != 0) inWord = true;
-    if (i == text.size()) break;
-    const wchar_t c = text[i];
-    if (isQuote && backslashes % 2 == 0) {
-      if (inQuotes && i + 1 < text.size() && text[i + 1] == L'"') {
-        word.push_back(text[++i]);
-      } else {
-        inQuotes = !inQuotes;
-      }
-      inWord = true;
-    } else if ((c == L' ' || c == L'\t') && !inQuotes) {
-      if (inWord) result.words.push_back(std::move(word));
-      word.clear();
-      inWord = false;
-    } else {
-      word.push_back(c);
-      inWord = true;
-    }
-  }
-  if (inWord) result.words.push_back(std::move(word));
-  result.isOpen = inQuotes;
+  // A word of its own, unless a double quote takes it in.
+  static constexpr wchar_t kEnd[] = L"\x1";
+  OptionWords result{.words = splitAsWindows(concat({L"java ", text, L" ", kEnd}))};
+  result.words.erase(result.words.begin());
+  result.isOpen = result.words.back() != kEnd;
+  if (!result.isOpen) result.words.pop_back();
   return result;
 }
 

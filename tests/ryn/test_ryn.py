@@ -193,6 +193,6 @@ def test_an_application_is_not_made_among_other_files(tmp_path):
 
 def test_every_command_has_help_with_an_example():
     assert ryn("--version").startswith("ryn 1.")
-    for command in [], ["pack"], ["pack", "build"], ["make"]:
+    for command in [], ["pack"], ["pack", "build"], ["pack", "check"], ["make"], ["check"], ["explain"]:
         assert "Example: ryn " in ryn(*command, "--help")
     ryn(code=2)
