@@ -13,7 +13,7 @@ from test_console import test_control_key_opens_a_console_and_holds_it  # noqa: 
 from test_image import test_hardening  # noqa: F401
 from test_languages import NO_VALID_VM, texts  # noqa: F401
 from test_launch import test_microsoft_command_line, test_modern_command_line  # noqa: F401
-from test_packs import PROGRESS, boxes_of, dpi, test_build_that_fetches_its_vm, vm_pack, web  # noqa: F401
+from test_packs import PROGRESS, boxes_of, dpi, hold, test_build_that_fetches_its_vm, vm_pack, web  # noqa: F401
 
 GERMAN, JAPANESE, ENGLISH = 1031, 1041, 1033
 # What comes of a check that finds the class path empty.
