@@ -13,7 +13,7 @@ from test_console import test_control_key_opens_a_console_and_holds_it  # noqa: 
 from test_image import test_hardening  # noqa: F401
 from test_languages import NO_VALID_VM, texts  # noqa: F401
 from test_launch import test_microsoft_command_line, test_modern_command_line  # noqa: F401
-from test_packs import PROGRESS, boxes_of, dpi, test_build_that_fetches_its_vm, vm_pack, web  # noqa: F401
+from test_packs import PROGRESS, boxes_of, dpi, hold, test_build_that_fetches_its_vm, vm_pack, web  # noqa: F401
 
 GERMAN, JAPANESE, ENGLISH = 1031, 1041, 1033
 # What comes of a check that finds the class path empty.
@@ -77,6 +77,11 @@ def test_a_signed_program_runs_and_is_not_branded_again(app, branded, tmp_path):
     assert verified.returncode == 0 and "Signature verification: ok" in verified.stdout, verified.stdout
     shutil.copyfile(signed, app.program)
     assert app.run(vm=install_vm(app.folder / "vm"), env={"STAND_IN_EXIT": "7"}).exit_code == 7
+    for signature in "valid", "invalid":
+        explained = subprocess.run(["wine", BUILD / "ryn" / "ryn.exe", "explain", app.program, "--json"],
+                                   env=app.host.environment, capture_output=True)
+        assert json.loads(explained.stdout)["application"]["launcher"]["signature"] == signature
+        app.program.write_bytes(app.program.read_bytes().replace(b"DOS mode", b"DOS Mode", 1))
     assert "it is signed" in ryn("make", "--name", "a", "--out", tmp_path / "a", "--main", "a", "--launcher", signed, code=2)
 
 

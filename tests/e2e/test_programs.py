@@ -1,11 +1,11 @@
 """Programs from Maven Central as they are: made into applications by `ryn make --jar`, they do as by java itself.
 Skipped until `tools/setup programs` has fetched them."""
+import concurrent.futures
 import contextlib
 import re
 import shutil
 import socket
 import subprocess
-import threading
 
 import pytest
 import Xlib.display
@@ -120,7 +120,7 @@ def test_swing(program, host):
         ours = run.wait()
     assert (ours.exit_code, comparable(ours.stdout), comparable(ours.stderr)) == (
         plain.returncode, comparable(output), comparable(error))
-    assert (ours.boxes, ours.temp_files) == ([], []) and b"(all a a a" in ours.stdout
+    assert (ours.boxes, ours.temp_files) == ([], []) and b"(all:1 a a a)" in ours.stdout
 
 
 @pytest.fixture
@@ -144,7 +144,7 @@ def app(program):
 
     app.client = client
     app.url = f"tcp://localhost:{app.port}"
-    app.tail = f"-tcp -tcpPort {app.port} -tcpPassword x -ifNotExists -baseDir ."
+    app.tail = f'-tcp -tcpPort {app.port} -tcpPassword x -ifNotExists -baseDir "{app.windows_folder()}"'
     return app
 
 
@@ -162,15 +162,20 @@ def test_server(app):
 
 
 def test_server_as_a_service(app, service):
-    marker, answers = app.folder / "asked", []
+    marker, log = app.folder / "asked", app.folder / "log.txt"
+    with app.ryn.open("a") as file:
+        file.write("ryn.stdout.redirect=log.txt\nryn.stderr.redirect=log.txt\n")
 
     def client():
-        answers.append(ask(app))
-        marker.touch()
-    thread = threading.Thread(target=client)
-    thread.start()
-    lines = service("start", "running", f"file={windows_path(marker)}", "stop", "ended", tail=app.tail)
-    thread.join()
-    assert b"42" in answers[0] and lines[-1] == ["ended", 0]
+        answer = ask(app)
+        marker.write_text("done")
+        return answer
+
+    with concurrent.futures.ThreadPoolExecutor() as threads:
+        answer = threads.submit(client)
+        # A wait for each of the two VMs that have to start.
+        waits = [f"file={windows_path(path)}" for path in (log, marker)]
+        lines = service("start", "running", *waits, "stop", "ended", tail=app.tail, limit=300)
+        assert b"42" in answer.result() and lines[-1] == ["ended", 0]
     # Closed as by a program that had the time for it.
     assert (app.folder / "served.mv.db").exists() and not (app.folder / "served.lock.db").exists()

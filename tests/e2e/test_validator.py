@@ -21,7 +21,7 @@ def validate(app, registry):
             (app.folder / "jvmspecs").mkdir()
             (app.folder / "jvmspecs" / "Verify.jar").touch()
         app.configure(**{LIST: tokens})
-        return app.run()
+        return app.run(folder=app.folder.parent)
     return run
 
 
@@ -37,6 +37,8 @@ def test_asks_each_candidate_once(app, validate):
         assert record["program"].endswith(r"\bin\java.exe")
         assert record["arguments"] == ["-classpath", jar, VALIDATOR, "our-token\\"]
         assert "console" not in record
+        # Whoever started the launcher elsewhere.
+        assert record["folder"] == app.windows_folder()
     assert vm["program"].endswith(r"\17\bin\javaw.exe")
 
 

@@ -9,12 +9,10 @@
 namespace ryn {
 namespace {
 
-using test::littleEndian;
 using test::makeZip;
 using test::TempFolder;
 using test::unixTicks;
 using test::utBlock;
-using test::ZipEntry;
 
 class PackArchiveTest : public testing::Test {
  protected:
@@ -54,16 +52,18 @@ TEST_F(PackArchiveTest, WritesFilesAndFolders) {
 }
 
 TEST_F(PackArchiveTest, AttributesAndTimesReachTheFile) {
-  const ZipEntry readOnly = {
-      .name = "f", .data = "x", .externalAttributes = 0x23, .localExtra = utBlock(7, {1000, 2000, 3000})};
+  // What cannot be read gets no times: setting them makes Wine 10 forget the attributes, which Windows keeps.
   PackArchive archive;
-  ASSERT_NO_FATAL_FAILURE(open(archive, makeZip({readOnly})));
+  ASSERT_NO_FATAL_FAILURE(
+      open(archive, makeZip({{.name = "attributes", .flags = 1, .externalAttributes = 0x23},
+                             {.name = "times", .data = "x", .localExtra = utBlock(7, {1000, 2000, 3000})}})));
   // The second time a read-only, hidden file is in the way.
-  for (int round = 0; round < 2; ++round) ASSERT_EQ(extract(archive, 0), PackResult::kOk) << round;
+  for (int round = 0; round < 2; ++round) ASSERT_EQ(extract(archive, 0), PackResult::kEncrypted) << round;
+  EXPECT_TRUE(GetFileAttributesW(folder_.at(L"out\\attributes").c_str()) & FILE_ATTRIBUTE_READONLY);
 
+  ASSERT_EQ(extract(archive, 1), PackResult::kOk);
   WIN32_FILE_ATTRIBUTE_DATA data;
-  ASSERT_TRUE(GetFileAttributesExW(folder_.at(L"out\\f").c_str(), GetFileExInfoStandard, &data));
-  EXPECT_EQ(data.dwFileAttributes & FILE_ATTRIBUTE_READONLY, FILE_ATTRIBUTE_READONLY);
+  ASSERT_TRUE(GetFileAttributesExW(folder_.at(L"out\\times").c_str(), GetFileExInfoStandard, &data));
   const uint64_t modified =
       static_cast<uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32 | data.ftLastWriteTime.dwLowDateTime;
   EXPECT_EQ(modified, unixTicks(1000));
