@@ -95,8 +95,8 @@ TEST(RegistryKeyTest, MakesDoWithTheRightToQueryAndEnumerate) {
 
 TEST(RegistryKeyTest, AListThatFailsEnds) {
   static constexpr LSTATUS kStatus[] = {ERROR_SUCCESS, ERROR_MORE_DATA, RPC_S_SERVER_UNAVAILABLE};
-  const auto enumerate = [](HKEY, DWORD index, wchar_t* name, DWORD*, DWORD*, wchar_t*, DWORD*,
-                            FILETIME*) -> LSTATUS {
+  const auto enumerate = [](HKEY, DWORD index, wchar_t* name, DWORD*, DWORD*, wchar_t*, DWORD*, FILETIME*)
+                             WINAPI -> LSTATUS {
     name[0] = static_cast<wchar_t>(L'a' + index);
     return index < 3 ? kStatus[index] : index < 9 ? kStatus[2] : ERROR_NO_MORE_ITEMS;
   };

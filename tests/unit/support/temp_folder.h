@@ -18,7 +18,7 @@ namespace ryn::test {
 inline std::string readBytes(const std::wstring& path) {
   const CStream stream(_wfopen(path.c_str(), L"rb"));
   if (!stream) throw std::runtime_error("test file cannot be read");
-  std::string bytes(std::filesystem::file_size(path), '\0');
+  std::string bytes(static_cast<size_t>(std::filesystem::file_size(path)), '\0');
   bytes.resize(std::fread(bytes.data(), 1, bytes.size(), stream.get()));
   return bytes;
 }
