@@ -9,7 +9,8 @@ namespace ryn {
 namespace {
 
 TEST(ImageBitnessTest, ReadsRealFiles) {
-  EXPECT_EQ(imageBitness(joinPath(systemFolder(), L"kernel32.dll")), ImageBitness::k64);
+  EXPECT_EQ(imageBitness(joinPath(systemFolder(), L"kernel32.dll")),
+            sizeof(void*) == 8 ? ImageBitness::k64 : ImageBitness::k32);
   EXPECT_EQ(imageBitness(joinPath(systemFolder(), L"absent.dll")), ImageBitness::kUnknown);
   EXPECT_EQ(imageBitness(systemFolder()), ImageBitness::kUnknown);
 }
