@@ -1,7 +1,4 @@
 #include "ryn/check_application.h"
-
-#include <algorithm>
-
 #include "provision/application_paths.h"
 #include "ryn/application_check.h"
 #include "ryn/output.h"
@@ -24,8 +21,9 @@ void checkProgram(ApplicationCheck& check, const fs::path& file) {
 void ApplicationCheck::add(RuleRef rule, const std::string& file, size_t line, std::wstring_view text) {
   std::wstring shown(text);
   // What traps of the syntax leave in a value.
-  std::replace_if(
-      shown.begin(), shown.end(), [](wchar_t c) { return c < L' ' || c == 0xFFFF; }, L'?');
+  for (wchar_t& c : shown) {
+    if (c < L' ' || c == 0xFFFF) c = L'?';
+  }
   findings.push_back({.rule = rule.get(), .file = file, .line = line, .text = toUtf8(shown)});
 }
 

@@ -37,7 +37,7 @@ bool namesKey(std::wstring_view hint) {
 
 // Line by line, in step with VmDescription::parse.
 void checkLines(ApplicationCheck& check, const std::string& file, const std::wstring& text) {
-  std::vector<std::wstring> VmDescription::*block = nullptr;
+  DescriptionKey::Block block = nullptr;
   size_t blockLine = 0;
   size_t number = 0;
   for (const std::wstring& whole : split(text, L'\n')) {
