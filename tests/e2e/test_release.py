@@ -30,7 +30,8 @@ def release(tmp_path_factory):
     with tarfile.open(*DIST.glob("*.tar.gz")) as archive:
         archive.extractall(folders[1])
     run("python3", "-m", "zipfile", "-e", *DIST.glob("*.zip"), folders[0])
-    contents = [{path.relative_to(folder): path.read_bytes() for path in folder.rglob("*") if path.is_file()} for folder in folders]
+    contents = [{path.relative_to(folder): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
+                for folder in folders]
     assert contents[0] == contents[1]
     (release,) = folders[1].iterdir()
     return release
@@ -41,13 +42,15 @@ def hello(release, tmp_path):
     """The sample that comes along, compiled."""
     source = release / "samples/hello/src/hello/Hello.java"
     run("javac", "--release", "11", "-encoding", "UTF-8", "-d", tmp_path / "classes", source)
-    run("jar", "--create", "--file", tmp_path / "hello.jar", "--main-class", "hello.Hello", "-C", tmp_path / "classes", ".")
+    run("jar", "--create", "--file", tmp_path / "hello.jar", "--main-class", "hello.Hello",
+        "-C", tmp_path / "classes", ".")
     return tmp_path / "hello.jar"
 
 
 def test_an_application_is_made_checked_and_started(release, hello, host, runtime, tmp_path):
     out = tmp_path / "Größe"
-    run(release / "ryn", "make", "--name", "Hello", "--out", out, "--jar", hello, "--java", "17+", "--runtime", runtime(17))
+    run(release / "ryn", "make", "--name", "Hello", "--out", out, "--jar", hello, "--java", "17+",
+        "--runtime", runtime(17))
     run(release / "ryn", "check", out)
     app = App(host, out, "Hello")
     result = app.run('"two words" exit=42')
@@ -62,16 +65,17 @@ def test_maven_makes_one(release, tmp_path):
     shutil.copytree(release / "samples", tmp_path / "samples")
     local = harness.REPOSITORY / "build" / "m2"
     shutil.rmtree(local / "com" / "vantu", ignore_errors=True)
-    run("mvn", "--batch-mode", "--quiet", f"-Dmaven.repo.local={local}", f"-Dryn.repository={(DIST / 'maven').as_uri()}", "package",
-        cwd=tmp_path / "samples" / "maven")
+    run("mvn", "--batch-mode", "--quiet", f"-Dmaven.repo.local={local}", f"-Dryn.repository={(DIST / 'maven').as_uri()}",
+        "package", cwd=tmp_path / "samples" / "maven")
     made = tmp_path / "samples/maven/target/Hello"
-    assert sorted(path.name for path in made.rglob("*.*")) == ["Hello.exe", "Hello.ryn", "hello-1.2.0.jar", "ryn-start.jar"]
+    names = sorted(path.name for path in made.rglob("*.*"))
+    assert names == ["Hello.exe", "Hello.ryn", "hello-1.2.0.jar", "ryn-start.jar"]
     run(release / "ryn", "check", made)
 
 
 def test_what_is_in_it(release):
-    bits = {release / "launcher/x64/launcher.exe": 0x8664, release / "launcher/x86/launcher.exe": 0x14C, release / "ryn.exe": 0x8664}
-    bits = {path: machine for path, machine in bits.items() if path.exists()}
+    bits = {"launcher/x64/launcher.exe": 0x8664, "launcher/x86/launcher.exe": 0x14C, "ryn.exe": 0x8664}
+    bits = {release / name: machine for name, machine in bits.items() if (release / name).exists()}
     assert len(bits) >= 2
     for path, machine in bits.items():
         header = pefile.PE(path, fast_load=True).FILE_HEADER
@@ -80,10 +84,13 @@ def test_what_is_in_it(release):
         assert path.is_dir() or str(harness.REPOSITORY).encode() not in path.read_bytes(), path
     bill = json.loads((release / "sbom.cdx.json").read_text())
     hashes = {part["name"]: part["hashes"][0]["content"] for part in bill["components"] if "hashes" in part}
-    assert hashes == {name: hashlib.sha256((release / name).read_bytes()).hexdigest() for name in hashes} and len(hashes) >= 5
+    assert hashes == {name: hashlib.sha256((release / name).read_bytes()).hexdigest() for name in hashes}
+    assert len(hashes) >= 5
     notices = (release / "THIRD-PARTY-NOTICES").read_text()
-    assert all((release / name).stat().st_size for name in ("LICENSE", "CHANGELOG.md", "samples/vendors/vendors.txt", "lib/Verify.jar"))
-    assert {"zlib", "minizip", "CLI11", "winpthreads"} <= {part["name"] for part in bill["components"]} & set(notices.split("\n"))
+    for name in ("LICENSE", "CHANGELOG.md", "samples/vendors/vendors.txt", "lib/Verify.jar"):
+        assert (release / name).stat().st_size
+    linked = {part["name"] for part in bill["components"]}
+    assert {"zlib", "minizip", "CLI11", "winpthreads"} <= linked & set(notices.split("\n"))
     run("sha256sum", "--check", "SHA256SUMS", cwd=DIST)
     for page in [*release.glob("*.md"), *release.glob("docs/*.md")]:
         for link in re.findall(r"\]\(([^)#:]+)[)#]", page.read_text("utf-8")):

@@ -16,14 +16,16 @@ def install(app, monkeypatch):
     """install(32): a VM of so many bits under that name."""
     def make(bits):
         with monkeypatch.context() as patch:
-            patch.setattr(harness, "FIXTURES", harness.REPOSITORY / f"build/release{'-x86' * (bits == 32)}/tests/fixtures")
+            build = harness.REPOSITORY / "build" / ("release-x86" if bits == 32 else "release")
+            patch.setattr(harness, "FIXTURES", build / "tests" / "fixtures")
             return install_vm(app.folder.parent / str(bits))
     return make
 
 
 # Whatever comes first, the default takes what a 32-bit program sees of 64-bit Windows alone.
-@pytest.mark.parametrize("platform, order, taken", [(None, ("32", "64"), "64"), (None, ("32",), None), ("3", ("64", "32"), "32"),
-                                                    ("3", ("64",), None), ("2", ("64",), "64"), ("2", ("32",), "32")])
+@pytest.mark.parametrize("platform, order, taken", [
+    (None, ("32", "64"), "64"), (None, ("32",), None), ("3", ("64", "32"), "32"), ("3", ("64",), None),
+    ("2", ("64",), "64"), ("2", ("32",), "32")])
 def test_classes(install, chosen, platform, order, taken):
     for bits in order:
         install(int(bits))
