@@ -44,6 +44,7 @@ def test_modern_command_line(app, variant, properties, expected):
     vm = install_vm(app.folder.parent / "vm", variant)
     app.configure(ryn__class__path=r"lib\a.jar;C:\b.jar", **properties)
     result = launch(app, vm=vm)
+    assert result.stderr.startswith(b"cwd: ")  # and no complaint
     assert result.record["commandLine"] == (
         f'"{windows_path(vm)}"{" " if expected else ""}{expected} '
         rf'-classpath "{app.windows_folder()}\lib\a.jar;C:\b.jar;" Main {leading(app, result)}')

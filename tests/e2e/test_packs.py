@@ -265,7 +265,7 @@ def archive(files):
     return data.getvalue()
 
 
-PACK = archive({"vm.zip": archive({"bin/java.exe": "java", "lib/modules": "m" * 50_000}), "vm.properties": "x"})
+PACK = archive({"vm.zip": archive({"bin/java.exe": "java", "lib/modules": "m" * 50_000}), "vm.properties": os.urandom(2000)})
 VERIFYING = "\nVerifying the downloaded JVM with MD5 checksum specified\n\n"
 EXTRACTING = "\nExtracting VM Pack. Please wait!!!\n"
 

@@ -40,6 +40,9 @@ def test_asks_each_candidate_once(app, validate):
         # Whoever started the launcher elsewhere.
         assert record["folder"] == app.windows_folder()
     assert vm["program"].endswith(r"\17\bin\javaw.exe")
+    # Behind the one that is chosen nobody is asked.
+    app.configure(ryn__nl__current__vm=r"..\17\bin\java.exe", **{LIST: "our-token"})
+    assert [record["program"].split("\\")[-3] for record in app.run().records] == ["17", "17"]
 
 
 def test_without_its_jar_nothing_matches(validate):

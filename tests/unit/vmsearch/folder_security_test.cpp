@@ -40,9 +40,9 @@ TEST(FolderSecurityTest, Rules) {
       {{L"users", L"Remote Desktop Users"}, false}};
   for (const auto& row : members) EXPECT_EQ(isRiskyMember(row.first), row.second) << &row - members;
 
-  // Read and execute; write; write without creating files; modify; full; the generic bits.
+  // Read and execute; write; write without creating files, without folders; modify; full; the generic bits.
   const std::pair<uint32_t, bool> rights[] = {
-      {0x1200A9, false}, {0x120116, true},   {0x120114, false},  {0x1301BF, true},
+      {0x1200A9, false}, {0x120116, true},   {0x120114, false},  {0x120112, false},   {0x1301BF, true},
       {0x1F01FF, true},  {0x10000000, true}, {0x40000000, true}, {0xA0000000, false},
   };
   for (const auto& [mask, writing] : rights) EXPECT_EQ(permitsWriting(mask), writing) << std::hex << mask;
