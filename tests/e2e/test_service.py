@@ -5,7 +5,7 @@ import uuid
 
 import pytest
 
-from harness import ERROR_TITLE, FIXTURES, NO_VALID_VM, install_stand_in, install_vm, read_records, windows_path
+from harness import BUILD, ERROR_TITLE, FIXTURES, NO_VALID_VM, install_stand_in, install_vm, read_records, windows_path
 
 STOPPED, START_PENDING, STOP_PENDING, RUNNING = 1, 2, 3, 4
 ACCEPT_STOP, ACCEPT_SHUTDOWN = 1, 4
@@ -120,20 +120,23 @@ def test_leaves_nothing_behind(host, service, vm_record):
     assert not host.signal("ryn-service-rounds", check=False)
 
 
-@pytest.mark.parametrize("how, seconds, steps, noted, points", [
-    ("end", None, ["stopped"], ["started", "hook"], 0),
+@pytest.mark.parametrize("main, how, seconds, steps, noted, points", [
+    ("Hooked", "end", None, ["stopped"], ["started", "hook"], 0),
     # The VM is ended at once; what the program wants to do last it does not get to do.
-    ("stay", None, ["stop"], ["started"], 0),
+    ("Hooked", "stay", None, ["stop"], ["started"], 0),
     # Over too soon for its check points to be seen for certain.
-    ("input", 50, ["stop"], ["started", "hook"], None),
+    ("Hooked", "input", 50, ["stop"], ["started", "hook"], None),
     # Deaf to the end of its input: ended as above when the time is over.
-    ("stay", 3, ["stop"], ["started"], 3),
+    ("Hooked", "stay", 3, ["stop"], ["started"], 3),
+    # As deaf, but for what reads its input in its stead.
+    ("com.vantu.ryn.Start", "stay", 50, ["stop"], ["started", "hook"], None),
 ])
-def test_shows_a_shutdown_hook_what_it_sees(app, service, runtime, java_classes, tmp_path, how, seconds, steps,
-                                            noted, points):
+def test_shows_a_shutdown_hook_what_it_sees(app, service, runtime, java_classes, tmp_path, main, how, seconds,
+                                            steps, noted, points):
     log = tmp_path / "log"
     app.configure(ryn__nl__current__vm=windows_path(runtime(17)) + r"\bin\javaw.exe",
-                  ryn__class__path=windows_path(java_classes), ryn__nl__java__launcher__main__class="Hooked",
+                  ryn__class__path=f"{windows_path(BUILD / 'ryn-start.jar')};{windows_path(java_classes)}",
+                  ryn__nl__java__launcher__main__class=main, ryn__start__class="Hooked",
                   ryn__service__stop__seconds=seconds)
     path = windows_path(log).replace("\\", "/")
     *_, ended, seen, controls = service("start", "running", f"file={path}", *steps, "ended", "points", "controls",
