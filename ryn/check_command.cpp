@@ -33,9 +33,8 @@ void report(const CheckOptions& options, ExitCode& ended) {
 void addCheckCommand(CLI::App& program, ExitCode& ended) {
   CLI::App* check = program.add_subcommand("check", "Tells what would go wrong with an application's folder");
   check->footer(
-      "Example: ryn check dist/MyApp\n\nFindings are \"file:line: error|warning|note: text [rule]\"; exit "
-      "code 1 "
-      "for errors and warnings.");
+      "Example: ryn check dist/MyApp\n\n"
+      "Findings are \"file:line: error|warning|note: text [rule]\"; exit code 1 for errors and warnings.");
   const auto options = std::make_shared<CheckOptions>();
   check->add_option("APPLICATION", options->checked, "The folder, or the .ryn file in it")->required();
   CLI::Option* json = check->add_flag("--json", options->json, "Report as JSON");

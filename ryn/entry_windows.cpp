@@ -4,6 +4,7 @@
 
 #include <cstdio>
 
+#include "platform/dll_search.h"
 #include "ryn/program.h"
 #include "text/text.h"
 
@@ -31,6 +32,8 @@ void writeWhole(FILE* stream) {
 }  // namespace
 
 int wmain(int argc, wchar_t** argv) {
+  // It is put beside applications and started there, from a folder of downloads at worst.
+  ryn::narrowDllSearch();
   const Utf8Console console;
   writeWhole(stdout);
   writeWhole(stderr);
