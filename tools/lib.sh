@@ -97,3 +97,12 @@ start_display() {
   [[ -n $number ]] || die "the display server did not start: $(tail -n 3 "$logs/display.log")"
   export DISPLAY=:$number
 }
+
+boot_wine() {
+  # One server for all programs, or each would boot Windows. What a boot leaves running keeps the output of the
+  # program that caused it open; better this one than a test whose output is read to the end.
+  wineserver --persistent
+  timeout 120 wineboot
+  # A crash ends a program at once, with a trace in the log, instead of waiting for somebody to close its box.
+  timeout 120 wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f
+}

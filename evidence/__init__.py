@@ -1,0 +1,1 @@
+"""What the launcher survives, shown on the real program and written down: see tools/evidence."""
