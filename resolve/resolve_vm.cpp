@@ -69,7 +69,7 @@ class Resolver {
 
   void searchDescribed(int count) {
     std::vector<std::wstring> paths;
-    for (int index = 0; index < count; ++index)
+    for (const int index : describedIndexes(*question_.jvmspecs, count))
       paths.push_back(absolute(descriptionPath(*question_.jvmspecs, index)));
     append(choice_, searchByDescriptions(paths, question_.applicationFolder, rules_, question_.environment,
                                          probe_, question_.exhaustive));

@@ -50,4 +50,17 @@ std::wstring descriptionPath(const PropertyFile& jvmspecs, int index) {
   return kFolder + jvmspecs.get(kKeyPrefix + decimal(index), L"");
 }
 
+std::vector<int> describedIndexes(const PropertyFile& jvmspecs, int count) {
+  std::vector<int> indexes;
+  const PropertyFile::Entries& entries = jvmspecs.entries();
+  for (auto entry = entries.lower_bound(kKeyPrefix); entry != entries.end(); ++entry) {
+    if (!entry->first.starts_with(kKeyPrefix)) break;
+    const std::wstring text = entry->first.substr(std::size(kKeyPrefix) - 1);
+    const int index = parseInteger(text);
+    if (index >= 0 && index < count && decimal(index) == text) indexes.push_back(index);
+  }
+  std::sort(indexes.begin(), indexes.end());
+  return indexes;
+}
+
 }  // namespace ryn

@@ -447,6 +447,13 @@ TEST_F(ResolveVmTest, DescriptionsNeedTheWordAndACount) {
     jvmspecs_ = complete + line;
     EXPECT_EQ(chosen(), L"") << testing::PrintToString(line);
   }
+  // What is counted need not be there; what has a key is read, in the order of the numbers.
+  machine_.vm(L"C:\\two", {11, 0, 0, 0});
+  describe(hints(L"C:\\two"));
+  jvmspecs_ = complete +
+              L"build.jvmspec.10=0\nbuild.jvmspec.9=1\nbuild.jvmspec.0=\nbuild.jvmspec.08=0\n"
+              L"build.jvmspec.total.num=11111111111\n";
+  EXPECT_EQ(chosen(), L"C:\\two");
 }
 
 TEST_F(ResolveVmTest, APlanSaysWhatALaunchDoes) {
