@@ -53,12 +53,39 @@ endif()
 set(RYN_RULES_OPTIONS $<$<CONFIG:MinSizeRel>:-fno-exceptions>
   $<$<AND:$<CONFIG:MinSizeRel>,$<EQUAL:${CMAKE_SIZEOF_VOID_P},4>>:-fasynchronous-unwind-tables>)
 
-# ryn_library(NAME [RULES] SOURCES ... LINKS ...): one folder's static library; RULES for one of these.
+# Most of the time that a source takes goes into headers of the library and of Windows. They are read once for each set
+# of options; what the sources include is as if they were not (the presets checked and debug show that it is enough).
+set(RYN_USUAL_HEADERS <algorithm> <array> <cstdint> <map> <memory> <optional> <span> <string> <string_view> <utility> <vector>)
+file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/headers.cpp" CONTENT "// Nothing: its target is there for its headers.\n")
+
+# ryn_headers(NAME OPTIONS HEADER...): headers for others to reuse.
+function(ryn_headers name options)
+  add_library(${name} OBJECT EXCLUDE_FROM_ALL "${CMAKE_BINARY_DIR}/headers.cpp")
+  target_link_libraries(${name} PRIVATE ryn_build_flags)
+  target_compile_options(${name} PRIVATE ${options})
+  target_precompile_headers(${name} PRIVATE ${ARGN})
+endfunction()
+ryn_headers(usual_headers "" ${RYN_USUAL_HEADERS})
+ryn_headers(usual_headers_rules "${RYN_RULES_OPTIONS}" ${RYN_USUAL_HEADERS})
+if(WIN32)
+  ryn_headers(usual_headers_windows "" <windows.h> ${RYN_USUAL_HEADERS})
+  ryn_headers(usual_headers_rules_windows "${RYN_RULES_OPTIONS}" <windows.h> ${RYN_USUAL_HEADERS})
+endif()
+
+# ryn_library(NAME [RULES] [WINDOWS] SOURCES ... [THROWING ...] LINKS ...): one folder's static library; RULES for one of
+# these, but for the sources that throw; WINDOWS for what includes Windows' headers.
 function(ryn_library name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "RULES" "" "SOURCES;LINKS")
-  add_library(${name} STATIC ${arg_SOURCES})
+  cmake_parse_arguments(PARSE_ARGV 1 arg "RULES;WINDOWS" "" "SOURCES;THROWING;LINKS")
+  add_library(${name} STATIC ${arg_SOURCES} ${arg_THROWING})
   target_link_libraries(${name} PUBLIC ryn_build_flags ${arg_LINKS})
+  set(headers usual_headers)
   if(arg_RULES)
     target_compile_options(${name} PRIVATE ${RYN_RULES_OPTIONS})
+    string(APPEND headers _rules)
+    set_source_files_properties(${arg_THROWING} PROPERTIES COMPILE_OPTIONS -fexceptions SKIP_PRECOMPILE_HEADERS ON)
   endif()
+  if(arg_WINDOWS)
+    string(APPEND headers _windows)
+  endif()
+  target_precompile_headers(${name} REUSE_FROM ${headers})
 endfunction()

@@ -17,10 +17,6 @@ constexpr unsigned kLargestSize = 256;
 constexpr uint8_t kPngSignature[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 constexpr size_t kPngHeaderSize = 33;
 
-void require(bool holds, const char* complaint) {
-  if (!holds) throw ImageError(complaint);
-}
-
 uint32_t bigEndian(ByteView bytes, size_t at) {
   uint32_t number = 0;
   for (const uint8_t byte : bytes.subspan(at, 4)) number = number << 8 | byte;

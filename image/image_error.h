@@ -11,4 +11,9 @@ class ImageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// Throws an ImageError with that clause unless what it is about holds.
+inline void require(bool holds, const char* complaint) {
+  if (!holds) throw ImageError(complaint);
+}
+
 }  // namespace ryn

@@ -15,10 +15,6 @@ constexpr size_t kMostSections = 96;
 constexpr unsigned kMostDirectories = 16;
 constexpr size_t kCheckSumOffset = 64;
 
-void require(bool holds, const char* complaint) {
-  if (!holds) throw ImageError(complaint);
-}
-
 bool fits(const Bytes& bytes, uint64_t offset, uint64_t size) {
   return offset <= bytes.size() && size <= bytes.size() - offset;
 }

@@ -21,11 +21,7 @@ constexpr size_t kMostEntries = 65536;
 constexpr uint32_t kDiscardable = 0x02000000;
 constexpr uint32_t kCodeOrExecutable = 0x20000020;
 
-void require(bool holds, const char* complaint) {
-  if (!holds) throw ImageError(complaint);
-}
-
-constexpr char kBroken[] = "its resource directory is damaged";
+constexpr char kDamagedResources[] = "its resource directory is damaged";
 
 /// Reads one directory, whose offsets count from the start of `bytes_`.
 class DirectoryReader {
@@ -36,7 +32,7 @@ class DirectoryReader {
     for (const auto& [type, typeTable] : table(kSubdirectory)) {
       for (const auto& [name, nameTable] : table(typeTable)) {
         for (const auto& [language, leaf] : table(nameTable)) {
-          require(!language.isText() && (leaf & kSubdirectory) == 0, kBroken);
+          require(!language.isText() && (leaf & kSubdirectory) == 0, kDamagedResources);
           const bool isNew = resources_.try_emplace({type, name, language.number()}, resource(leaf)).second;
           require(isNew, "it has two resources of one type, name and language");
         }
@@ -49,17 +45,17 @@ class DirectoryReader {
   using Entry = std::pair<ResourceId, uint32_t>;
 
   void check(size_t offset, size_t size) const {
-    require(offset <= bytes_.size() && size <= bytes_.size() - offset, kBroken);
+    require(offset <= bytes_.size() && size <= bytes_.size() - offset, kDamagedResources);
   }
 
   std::vector<Entry> table(uint32_t reference) {
-    require((reference & kSubdirectory) != 0, kBroken);
+    require((reference & kSubdirectory) != 0, kDamagedResources);
     const size_t offset = reference & ~kSubdirectory;
     check(offset, kTableSize);
     const size_t count = size_t{readU16(bytes_, offset + 12)} + readU16(bytes_, offset + 14);
     check(offset + kTableSize, count * kEntrySize);
     entries_ += count;
-    require(entries_ <= kMostEntries, kBroken);
+    require(entries_ <= kMostEntries, kDamagedResources);
     std::vector<Entry> entries;
     entries.reserve(count);
     for (size_t i = 0; i < count; ++i) {
@@ -71,7 +67,7 @@ class DirectoryReader {
 
   ResourceId id(uint32_t value) {
     if ((value & kSubdirectory) == 0) {
-      require(value <= UINT16_MAX, kBroken);
+      require(value <= UINT16_MAX, kDamagedResources);
       return static_cast<uint16_t>(value);
     }
     const size_t offset = value & ~kSubdirectory;
@@ -79,7 +75,7 @@ class DirectoryReader {
     const size_t length = readU16(bytes_, offset);
     check(offset + 2, 2 * length);
     charge(2 * length);
-    require(length != 0, kBroken);
+    require(length != 0, kDamagedResources);
     std::wstring text;
     for (size_t i = 0; i < length; ++i) text.push_back(readU16(bytes_, offset + 2 + 2 * i));
     return text;
@@ -96,7 +92,7 @@ class DirectoryReader {
   /// What entries have in common would be multiplied, too.
   void charge(size_t size) {
     size_ += size;
-    require(size_ <= image_.bytes().size(), kBroken);
+    require(size_ <= image_.bytes().size(), kDamagedResources);
   }
 
   const PeImage& image_;

@@ -14,16 +14,14 @@ constexpr wchar_t kStringKey[] = L"StringFileInfo";
 constexpr wchar_t kVariableKey[] = L"VarFileInfo";
 constexpr wchar_t kTranslationKey[] = L"Translation";
 
-void require(bool holds) {
-  if (!holds) throw ImageError("its version information is damaged");
-}
+constexpr char kDamagedVersion[] = "its version information is damaged";
 
 size_t aligned(size_t offset) {
   return (offset + 3) / 4 * 4;
 }
 
 /// One block: its key, and what follows the key up to the end of the block.
-struct Block {
+struct VersionBlock {
   std::wstring key;
   /// Of `value` what the block counts as its value, in its own unit.
   size_t valueLength = 0;
@@ -32,16 +30,16 @@ struct Block {
 
 /// Reads the block at `offset` and moves `offset` behind it and its padding. Padding counts from the start of
 /// the resource, which blocks keep as their parents are multiples of four.
-Block readBlock(ByteView bytes, size_t& offset) {
-  require(offset + 6 <= bytes.size());
+VersionBlock readBlock(ByteView bytes, size_t& offset) {
+  require(offset + 6 <= bytes.size(), kDamagedVersion);
   const size_t length = readU16(bytes, offset);
-  require(length >= 6 && length <= bytes.size() - offset);
+  require(length >= 6 && length <= bytes.size() - offset, kDamagedVersion);
   const ByteView whole = bytes.subspan(offset, length);
-  Block block;
+  VersionBlock block;
   block.valueLength = readU16(whole, 2);
   size_t at = 6;
   for (;; at += 2) {
-    require(at + 2 <= whole.size());
+    require(at + 2 <= whole.size(), kDamagedVersion);
     const uint16_t unit = readU16(whole, at);
     if (unit == 0) break;
     block.key.push_back(unit);
@@ -65,10 +63,10 @@ std::wstring textOf(ByteView bytes) {
   return text;
 }
 
-VersionInfo::StringTable readTable(const Block& table) {
+VersionInfo::StringTable readTable(const VersionBlock& table) {
   VersionInfo::StringTable result{table.key, {}};
   for (size_t at = 0; hasBlock(table.value, at);) {
-    const Block string = readBlock(table.value, at);
+    const VersionBlock string = readBlock(table.value, at);
     result.strings.emplace_back(string.key, string.valueLength == 0 ? L"" : textOf(string.value));
   }
   return result;
@@ -117,11 +115,11 @@ std::wstring VersionInfo::text(const std::wstring& name) const {
 
 VersionInfo readVersionInfo(ByteView bytes) {
   size_t at = 0;
-  const Block root = readBlock(bytes, at);
-  require(root.key == kRootKey && root.valueLength <= root.value.size());
+  const VersionBlock root = readBlock(bytes, at);
+  require(root.key == kRootKey && root.valueLength <= root.value.size(), kDamagedVersion);
   VersionInfo info;
   if (root.valueLength >= kFixedSize) {
-    require(readU32(root.value, 0) == kFixedSignature);
+    require(readU32(root.value, 0) == kFixedSignature, kDamagedVersion);
     info.fileVersion = numbersAt(root.value, 8);
     info.productVersion = numbersAt(root.value, 16);
     info.flagsMask = readU32(root.value, 24);
@@ -132,9 +130,9 @@ VersionInfo readVersionInfo(ByteView bytes) {
   }
   info.translations.clear();
   for (size_t child = aligned(root.valueLength); hasBlock(root.value, child);) {
-    const Block part = readBlock(root.value, child);
+    const VersionBlock part = readBlock(root.value, child);
     for (size_t inner = 0; hasBlock(part.value, inner);) {
-      const Block block = readBlock(part.value, inner);
+      const VersionBlock block = readBlock(part.value, inner);
       if (part.key == kStringKey) {
         info.tables.push_back(readTable(block));
       } else if (part.key == kVariableKey && block.key == kTranslationKey) {

@@ -15,6 +15,8 @@
 
 namespace ryn {
 
+inline constexpr wchar_t kListKey[] = L"ryn.nl.valid.vm.list";
+
 /// The launcher's view of an application's folder, and what was found in it.
 struct ApplicationCheck {
   FolderProbe probe;

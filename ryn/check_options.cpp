@@ -99,9 +99,9 @@ constexpr std::wstring_view kPathOptions[] = {L"-javaagent:",
                                               L"-XX:VMOptionsFile=",
                                               L"@"};
 
-class Checker {
+class OptionsChecker {
  public:
-  explicit Checker(ApplicationCheck& check) : check_(check) {}
+  explicit OptionsChecker(ApplicationCheck& check) : check_(check) {}
 
   void run() {
     checkHeap();
@@ -214,7 +214,7 @@ class Checker {
 }  // namespace
 
 void checkOptions(ApplicationCheck& check) {
-  Checker(check).run();
+  OptionsChecker(check).run();
 }
 
 OptionWords splitOptions(std::wstring_view text) {

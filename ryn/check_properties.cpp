@@ -110,9 +110,9 @@ size_t distance(std::wstring_view a, std::wstring_view b) {
   return row.back();
 }
 
-class Checker {
+class PropertiesChecker {
  public:
-  Checker(ApplicationCheck& check, const PropertyLines& file, bool isRyn)
+  PropertiesChecker(ApplicationCheck& check, const PropertyLines& file, bool isRyn)
       : check_(check), file_(file), isRyn_(isRyn) {
     if (isRyn)
       keys_.assign(std::begin(kRynKeys), std::end(kRynKeys));
@@ -316,7 +316,7 @@ class Checker {
 }  // namespace
 
 void checkProperties(ApplicationCheck& check, const PropertyLines& file, bool isRyn) {
-  Checker(check, file, isRyn).run();
+  PropertiesChecker(check, file, isRyn).run();
 }
 
 }  // namespace ryn

@@ -17,7 +17,6 @@ namespace {
 constexpr wchar_t kClassPathKey[] = L"ryn.class.path";
 constexpr wchar_t kMainKey[] = L"ryn.nl.java.launcher.main.class";
 constexpr wchar_t kUserDirKey[] = L"ryn.user.dir";
-constexpr wchar_t kListKey[] = L"ryn.nl.valid.vm.list";
 constexpr wchar_t kUserOptionsKey[] = L"ryn.user.options";
 constexpr wchar_t kStarter[] = L"com.vantu.ryn.Start";
 constexpr std::wstring_view kStartKeys[] = {L"ryn.start.jar", L"ryn.start.class", L"ryn.start.module"};
@@ -44,9 +43,9 @@ bool isClassOfProgram(const std::string& name) {
   return name.ends_with(".class") && !name.starts_with("META-INF/") && !name.ends_with("module-info.class");
 }
 
-class Checker {
+class StartChecker {
  public:
-  explicit Checker(ApplicationCheck& check) : check_(check) {}
+  explicit StartChecker(ApplicationCheck& check) : check_(check) {}
 
   void run() {
     checkRequired();
@@ -352,7 +351,7 @@ class Checker {
 }  // namespace
 
 void checkStart(ApplicationCheck& check) {
-  Checker(check).run();
+  StartChecker(check).run();
 }
 
 }  // namespace ryn

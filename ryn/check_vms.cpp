@@ -15,7 +15,6 @@
 namespace ryn {
 namespace {
 
-constexpr wchar_t kListKey[] = L"ryn.nl.valid.vm.list";
 constexpr wchar_t kPlatformKey[] = L"ryn.nl.win32.java.launcher.platform";
 constexpr wchar_t kBitsKey[] = L"ryn.win32.vm.bits";
 constexpr wchar_t kOptionKey[] = L"build.option";
@@ -30,9 +29,9 @@ VmCandidate someJava(int generation, VmKind kind = VmKind::kJre) {
   return vm;
 }
 
-class Checker {
+class VmsChecker {
  public:
-  explicit Checker(ApplicationCheck& check)
+  explicit VmsChecker(ApplicationCheck& check)
       : check_(check),
         hasValidator_(check.probe.fileExists(FolderProbe::resolved(kValidatorJar))),
         searches_(!check.jvmspecs || check.plan.search != VmSearch::kNone) {}
@@ -297,7 +296,7 @@ class Checker {
 }  // namespace
 
 void checkVms(ApplicationCheck& check) {
-  Checker(check).run();
+  VmsChecker(check).run();
 }
 
 }  // namespace ryn

@@ -11,6 +11,7 @@
 #include "ryn/explain.h"
 #include "ryn/machine.h"
 #include "ryn/machine_record.h"
+#include "ryn/output.h"
 #include "text/fold_case.h"
 #include "text/path_text.h"
 #include "text/text.h"
@@ -57,12 +58,6 @@ EnvironmentMap neededVariables(const EnvironmentMap& environment, const std::wst
   return needed;
 }
 
-json textsOf(const std::vector<std::wstring>& texts) {
-  json array = json::array();
-  for (const std::wstring& text : texts) array.push_back(toUtf8(text));
-  return array;
-}
-
 /// Everything that this machine says about the application, without its user.
 json recordOf(const Application& application, const Situation& situation, const VmProbe& machine) {
   json record = {{"schema", 1}};
@@ -76,7 +71,7 @@ json recordOf(const Application& application, const Situation& situation, const 
   record["startFolder"] = toUtf8(situation.startFolder);
   const CommandLine& line = situation.commandLine;
   record["commandLine"] = {{"text", toUtf8(line.text)},
-                           {"arguments", textsOf(line.arguments)},
+                           {"arguments", utf8Of(line.arguments)},
                            {"service", line.service},
                            {"console", line.console},
                            {"tempFolder", toUtf8(line.tempFolder)}};

@@ -1,6 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include "ryn/explain.h"
+#include "ryn/output.h"
 #include "text/text.h"
 #include "vmsearch/vm_names.h"
 
@@ -137,27 +138,21 @@ ordered_json valuesOf(const std::wstring& path, const PropertyFile& file) {
 
 ordered_json jsonOf(const SeenVm& seen) {
   const VmCandidate& vm = seen.vm.candidate;
-  ordered_json json = {{"source", utf8(nameOf(seen.vm.source))},
-                       {"where", utf8(seen.vm.where)},
-                       {"home", orNull(vm.folder)},
-                       {"executable", orNull(vm.executable)},
-                       {"kind", nullptr},
-                       {"vendor", nullptr},
-                       {"version", nullptr},
-                       {"bits", orNull(seen.bits)},
-                       {"outcome", utf8(nameOf(seen.vm.outcome))}};
+  ordered_json object = {{"source", utf8(nameOf(seen.vm.source))},
+                         {"where", utf8(seen.vm.where)},
+                         {"home", orNull(vm.folder)},
+                         {"executable", orNull(vm.executable)},
+                         {"kind", nullptr},
+                         {"vendor", nullptr},
+                         {"version", nullptr},
+                         {"bits", orNull(seen.bits)},
+                         {"outcome", utf8(nameOf(seen.vm.outcome))}};
   if (!vm.vendor.empty()) {
-    json["kind"] = utf8(nameOf(vm.kind));
-    json["vendor"] = utf8(vm.vendor);
-    json["version"] = {vm.version.generation(), vm.version.minor(), vm.version.micro()};
+    object["kind"] = utf8(nameOf(vm.kind));
+    object["vendor"] = utf8(vm.vendor);
+    object["version"] = {vm.version.generation(), vm.version.minor(), vm.version.micro()};
   }
-  return json;
-}
-
-ordered_json textsOf(const std::vector<std::wstring>& texts) {
-  ordered_json array = ordered_json::array();
-  for (const std::wstring& text : texts) array.push_back(utf8(text));
-  return array;
+  return object;
 }
 
 void tellResult(const Explanation& e, Text& text) {
@@ -213,42 +208,43 @@ std::string explanationText(const Explanation& e, const Application& application
 }
 
 std::string explanationJson(const Explanation& e, const Application& application) {
-  ordered_json json = {{"schema", 1}};
-  json["application"] = {
+  ordered_json object = {{"schema", 1}};
+  object["application"] = {
       {"path", utf8(e.programPath)}, {"version", orNull(e.programVersion)}, {"launcher", nullptr}};
   if (e.hasLauncher)
-    json["application"]["launcher"] = {{"version", orNull(e.launcherVersion)}, {"signature", e.signature}};
-  json["properties"] = valuesOf(e.propertiesPath, application.properties);
-  json["jvmspecs"] = e.jvmspecsPath.empty() ? ordered_json() : valuesOf(e.jvmspecsPath, application.jvmspecs);
-  json["wanted"] = {{"tokens", textsOf(e.tokens)},
-                    {"platform", e.platform},
-                    {"bits", orNull(e.bits)},
-                    {"highest", e.takesHighest}};
-  json["considered"] = ordered_json::array();
-  for (const SeenVm& seen : e.considered) json["considered"].push_back(jsonOf(seen));
+    object["application"]["launcher"] = {{"version", orNull(e.launcherVersion)}, {"signature", e.signature}};
+  object["properties"] = valuesOf(e.propertiesPath, application.properties);
+  object["jvmspecs"] =
+      e.jvmspecsPath.empty() ? ordered_json() : valuesOf(e.jvmspecsPath, application.jvmspecs);
+  object["wanted"] = {{"tokens", utf8Of(e.tokens)},
+                      {"platform", e.platform},
+                      {"bits", orNull(e.bits)},
+                      {"highest", e.takesHighest}};
+  object["considered"] = ordered_json::array();
+  for (const SeenVm& seen : e.considered) object["considered"].push_back(jsonOf(seen));
   if (e.onMachine) {
-    json["onMachine"] = ordered_json::array();
+    object["onMachine"] = ordered_json::array();
     for (const SeenVm& seen : *e.onMachine) {
-      json["onMachine"].push_back(jsonOf(seen));
-      json["onMachine"].back()["accepted"] = seen.isAccepted;
+      object["onMachine"].push_back(jsonOf(seen));
+      object["onMachine"].back()["accepted"] = seen.isAccepted;
     }
   }
-  json["chosen"] = orNull(e.chosen);
-  json["program"] = e.plan ? orNull(e.plan->program) : ordered_json();
-  json["commandLine"] = textsOf(e.arguments);
-  json["options"] = ordered_json::array();
+  object["chosen"] = orNull(e.chosen);
+  object["program"] = e.plan ? orNull(e.plan->program) : ordered_json();
+  object["commandLine"] = utf8Of(e.arguments);
+  object["options"] = ordered_json::array();
   if (e.plan) {
     for (const VmOption& option : e.plan->options)
-      json["options"].push_back({{"origin", nameOf(option.origin)}, {"text", utf8(option.text)}});
+      object["options"].push_back({{"origin", nameOf(option.origin)}, {"text", utf8(option.text)}});
   }
-  json["workingFolder"] = e.plan ? orNull(e.plan->request.workingDirectory) : ordered_json();
-  json["launched"] = e.isLaunched();
-  json["fetches"] = orNull(e.packUrl);
-  json["exitCode"] = orNull(e.exitCode);
-  json["warnings"] = e.warnings;
-  json["helpsNow"] = e.helpsNow;
-  json["forMaker"] = e.forMaker;
-  return json.dump(2) + "\n";
+  object["workingFolder"] = e.plan ? orNull(e.plan->request.workingDirectory) : ordered_json();
+  object["launched"] = e.isLaunched();
+  object["fetches"] = orNull(e.packUrl);
+  object["exitCode"] = orNull(e.exitCode);
+  object["warnings"] = e.warnings;
+  object["helpsNow"] = e.helpsNow;
+  object["forMaker"] = e.forMaker;
+  return object.dump(2) + "\n";
 }
 
 }  // namespace ryn

@@ -23,12 +23,6 @@ const char* registrySection(RegistryView view) {
   return view == RegistryView::k64 ? "registry64" : "registry";
 }
 
-json textsOf(const std::vector<std::wstring>& texts) {
-  json array = json::array();
-  for (const std::wstring& text : texts) array.push_back(toUtf8(text));
-  return array;
-}
-
 std::vector<std::wstring> textsFrom(const json& array) {
   std::vector<std::wstring> texts;
   for (const json& text : array) texts.push_back(fromUtf8(text.get<std::string>()));
@@ -131,7 +125,7 @@ std::vector<Subfolder> RecordingProbe::subfolders(const std::wstring& folder,
 
 std::optional<std::vector<std::wstring>> RecordingProbe::fixedDrives() const {
   const auto drives = machine_.fixedDrives();
-  if (drives) record_["fixedDrives"] = textsOf(*drives);
+  if (drives) record_["fixedDrives"] = utf8Of(*drives);
   return drives;
 }
 
@@ -173,7 +167,7 @@ std::wstring RecordingProbe::wow64SystemFolder() const {
 std::optional<std::vector<std::wstring>> RecordingProbe::subkeyNames(const std::wstring& key,
                                                                      RegistryView view) const {
   const auto names = machine_.subkeyNames(key, view);
-  if (names) record_[registrySection(view)][toUtf8(key)]["subkeys"] = textsOf(*names);
+  if (names) record_[registrySection(view)][toUtf8(key)]["subkeys"] = utf8Of(*names);
   return names;
 }
 

@@ -4,6 +4,8 @@
 #include <fstream>
 #include <system_error>
 
+#include "text/text.h"
+
 namespace ryn {
 namespace fs = std::filesystem;
 
@@ -14,6 +16,12 @@ fs::path pathOf(const std::string& utf8) {
 std::string textOf(const fs::path& path) {
   const std::u8string text = path.generic_u8string();
   return {text.begin(), text.end()};
+}
+
+std::vector<std::string> utf8Of(const std::vector<std::wstring>& texts) {
+  std::vector<std::string> utf8(texts.size());
+  std::ranges::transform(texts, utf8.begin(), toUtf8);
+  return utf8;
 }
 
 Bytes readFile(const fs::path& path) {

@@ -23,6 +23,7 @@ class CommandError : public std::runtime_error {
 std::filesystem::path pathOf(const std::string& utf8);
 /// With "/" between folders.
 std::string textOf(const std::filesystem::path& path);
+std::vector<std::string> utf8Of(const std::vector<std::wstring>& texts);
 
 /// Throws CommandError (kUsage) for a file that cannot be read.
 Bytes readFile(const std::filesystem::path& path);

@@ -56,12 +56,12 @@ void buildPack(const PackOptions& options) {
             << lines;
 }
 
-struct CheckOptions {
+struct PackCheckOptions {
   std::string pack;
   bool json = false;
 };
 
-void reportPack(const CheckOptions& options, ExitCode& ended) {
+void reportPack(const PackCheckOptions& options, ExitCode& ended) {
   const PackCheck check = checkPack(options.pack, readFile(pathOf(options.pack)));
   ended = isGood(check.findings) ? kGood : kNegative;
   if (!options.json) {
@@ -113,7 +113,7 @@ void addPackCommand(CLI::App& program, ExitCode& ended) {
       "Example: ryn pack check jre21.vm\n\nFindings are \"file:entry: error|warning|note: text [rule]\"; "
       "exit code 1 "
       "for errors and warnings.");
-  const auto checked = std::make_shared<CheckOptions>();
+  const auto checked = std::make_shared<PackCheckOptions>();
   check->add_option("PACK", checked->pack, "The pack, a .vm file")->required();
   check->add_flag("--json", checked->json, "Report as JSON, with every entry of the runtime");
   check->callback([checked, &ended] { reportPack(*checked, ended); });

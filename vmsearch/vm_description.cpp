@@ -55,11 +55,11 @@ std::vector<int> describedIndexes(const PropertyFile& jvmspecs, int count) {
   const PropertyFile::Entries& entries = jvmspecs.entries();
   for (auto entry = entries.lower_bound(kKeyPrefix); entry != entries.end(); ++entry) {
     if (!entry->first.starts_with(kKeyPrefix)) break;
-    const std::wstring text = entry->first.substr(std::size(kKeyPrefix) - 1);
+    const std::wstring_view text = std::wstring_view(entry->first).substr(std::size(kKeyPrefix) - 1);
     const int index = parseInteger(text);
-    if (index >= 0 && index < count && decimal(index) == text) indexes.push_back(index);
+    if (index < 0 || index >= count || decimal(index) != text) continue;
+    indexes.insert(std::upper_bound(indexes.begin(), indexes.end(), index), index);
   }
-  std::sort(indexes.begin(), indexes.end());
   return indexes;
 }
 
