@@ -22,11 +22,10 @@ bool parseBoolean(std::wstring_view text) {
 }
 
 uint64_t parseSize(std::wstring_view text) {
-  std::wstring digits = lowerCase(text);
+  const std::wstring digits = lowerCase(text);
   uint64_t multiplier = 1;
   if (digits.ends_with(L'k')) multiplier = 1024;
   if (digits.ends_with(L'm')) multiplier = uint64_t{1024} * 1024;
-  if (multiplier != 1) digits.pop_back();
   return parseUnsigned(digits) * multiplier;
 }
 
@@ -51,9 +50,8 @@ std::wstring mainClass(const PropertyFile& properties) {
 }
 
 std::wstring classPath(const PropertyFile& properties, const EnvironmentMap& environment) {
-  std::wstring value = text(properties, L"ryn.class.path");
-  if (value.find(keys::kClasspathPlaceholder) == std::wstring::npos) return value;
-  return replaceFirst(value, keys::kClasspathPlaceholder, variableIn(environment, L"CLASSPATH"));
+  return replaceFirst(text(properties, L"ryn.class.path"), keys::kClasspathPlaceholder,
+                      variableIn(environment, L"CLASSPATH"));
 }
 
 std::wstring userDir(const PropertyFile& properties) {

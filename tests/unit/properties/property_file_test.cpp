@@ -85,5 +85,20 @@ TEST(KeysTest, ReadValues) {
   EXPECT_EQ(classPath(file, {{L"ClassPath", L"b"}}), L"a;b;$ENV_CLASSPATH$");
 }
 
+TEST(KeysTest, CompleteIsWhatCanBeStarted) {
+  const std::pair<const wchar_t*, bool> rows[] = {
+      {L"ryn.class.path=a\nryn.nl.java.launcher.main.class=M\nryn.nl.current.vm=j\n", true},
+      {L"ryn.class.path=a\nryn.nl.java.launcher.main.class=M\nryn.nl.valid.vm.list=ALL\n", true},
+      {L"ryn.class.path=a\nryn.nl.java.launcher.main.class=M\n", false},
+      {L"ryn.nl.java.launcher.main.class=M\nryn.nl.current.vm=j\n", false},
+      {L"ryn.class.path=a\nryn.nl.current.vm=j\n", false},
+      {L"ryn.class.path=$ENV_CLASSPATH$\nryn.nl.java.launcher.main.class=M\nryn.nl.current.vm=j\n", false}};
+  for (const auto& [lines, complete] : rows) {
+    PropertyFile file;
+    file.parse(lines);
+    EXPECT_EQ(isComplete(file, {}), complete) << std::wstring(lines);
+  }
+}
+
 }  // namespace
 }  // namespace ryn

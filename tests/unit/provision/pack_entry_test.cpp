@@ -13,6 +13,18 @@ using test::littleEndian;
 using test::unixTicks;
 using test::utBlock;
 
+using Paths = std::vector<std::wstring>;
+
+TEST(ApplicationPathsTest, NamesPlacesInOrder) {
+  EXPECT_EQ(jvmspecsPaths(L"C:\\a"),
+            (Paths{L"C:\\a\\jvmspecs\\jvmspecs.properties", L"C:\\a\\Windows\\jvmspecs\\jvmspecs.properties",
+                   L"C:\\a\\Windows_Pure_64_Bit\\jvmspecs\\jvmspecs.properties"}));
+  EXPECT_EQ(unpackMarkers(L"C:\\a\\jre\\jre\\bin\\"),
+            (Paths{L"C:\\a\\jre\\jre\\bin\\ryn.unpacking", L"C:\\a\\jre\\jre\\ryn.unpacking",
+                   L"C:\\a\\jre\\ryn.unpacking"}));
+  EXPECT_EQ(unpackMarkers(L"C:\\a"), (Paths{L"C:\\a\\ryn.unpacking", L"C:\\ryn.unpacking"}));
+}
+
 TEST(EntryNameTest, DropsLeadingRootsAndEnclosedParents) {
   const struct {
     std::string stored;
@@ -26,6 +38,8 @@ TEST(EntryNameTest, DropsLeadingRootsAndEnclosedParents) {
       {"a/../b/..\\c\\../d", L"d"},
       // The backslash pattern is looked for first, wherever it stands.
       {"a/../b\\..\\c/../d", L"d"},
+      {"q/..//../..\\z", L"..\\z"},
+      {"C:", L""},
       {"/../x", L"../x"},
       {"../x", L"../x"},
       {"..\\..\\x", L"x"},
@@ -83,6 +97,7 @@ TEST(EntryTimesTest, TimestampBlockReplacesDosTimes) {
       {"all", utBlock(7, {1000, 2000, 3000}), {unixTicks(3000), unixTicks(2000), unixTicks(1000)}},
       {"no access time", utBlock(5, {1000, 3000}), {unixTicks(3000), d, unixTicks(1000)}},
       {"announces more than it holds", utBlock(7, {1000}), {d, d, unixTicks(1000)}},
+      {"announces more, before another block", utBlock(7, {1000}) + other, {d, d, unixTicks(1000)}},
       {"before 1970", utBlock(1, {0xFFFFFFFF}), {d, d, kUnixEpoch - 10'000'000}},
       {"the first of two", utBlock(1, {1}) + utBlock(1, {2}), {d, d, unixTicks(1)}},
       {"behind a long block", other + utBlock(1, {1000}), {d, d, unixTicks(1000)}},
