@@ -7,7 +7,7 @@
 namespace ryn {
 namespace {
 
-constexpr wchar_t kKeyPrefix[] = L"build.jvmspec.";
+constexpr std::wstring_view kKeyPrefix = L"build.jvmspec.";
 constexpr wchar_t kFolder[] = L"jvmspecs\\";
 
 }  // namespace
@@ -47,7 +47,22 @@ bool VmDescription::empty() const {
 }
 
 std::wstring descriptionPath(const PropertyFile& jvmspecs, int index) {
-  return kFolder + jvmspecs.get(kKeyPrefix + decimal(index), L"");
+  return kFolder + jvmspecs.get(concat({kKeyPrefix, decimal(index)}));
+}
+
+std::vector<std::wstring> descriptionPaths(const PropertyFile& jvmspecs, int count) {
+  // Not from 0 to `count`, which is as large as somebody wrote it.
+  std::vector<int> indices;
+  for (const auto& [key, value] : jvmspecs.entries()) {
+    if (!key.starts_with(kKeyPrefix)) continue;
+    const std::wstring_view text = std::wstring_view(key).substr(kKeyPrefix.size());
+    const int index = parseInteger(text);
+    if (index >= 0 && index < count && decimal(index) == text) indices.push_back(index);
+  }
+  std::sort(indices.begin(), indices.end());
+  std::vector<std::wstring> paths;
+  for (const int index : indices) paths.push_back(descriptionPath(jvmspecs, index));
+  return paths;
 }
 
 }  // namespace ryn

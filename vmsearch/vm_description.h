@@ -91,4 +91,7 @@ inline constexpr DescriptionKey kDescriptionKeys[] = {
 /// application's folder.
 std::wstring descriptionPath(const PropertyFile& jvmspecs, int index);
 
+/// The paths of those that it names under indices below `count`, in their order.
+std::vector<std::wstring> descriptionPaths(const PropertyFile& jvmspecs, int count);
+
 }  // namespace ryn

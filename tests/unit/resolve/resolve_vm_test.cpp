@@ -447,6 +447,9 @@ TEST_F(ResolveVmTest, DescriptionsNeedTheWordAndACount) {
     jvmspecs_ = complete + line;
     EXPECT_EQ(chosen(), L"") << testing::PrintToString(line);
   }
+  // Nobody counts to there.
+  jvmspecs_ = complete + L"build.jvmspec.total.num=2147483647\nbuild.jvmspec.2000000000=none\n";
+  EXPECT_EQ(chosen(), L"C:\\one");
 }
 
 TEST_F(ResolveVmTest, APlanSaysWhatALaunchDoes) {
