@@ -10,11 +10,14 @@ from .core import Row
 from .serving import serving, vm_pack
 
 TITLE = "Bad input"
-ABOUT = ("Each value that the launcher reads, of the `.ryn` file, of `jvmspecs.properties` and of a description file, is replaced"
-         " by each of these texts, one at a time, beside others with which it is read; then all of the `.ryn` file at once. The"
-         " keys are those that `ryn check` knows, taken from its source and that of the descriptions. A launch is counted when"
-         " the VM was started and its exit code came back, an error when it was told in a box of the documents"
-         " ([exit-codes.md](exit-codes.md), [vm-packs.md](vm-packs.md)) with its exit code.")
+ABOUT = ("Each value that the launcher reads, of the `.ryn` file, of `jvmspecs.properties` and of a description"
+         " file, is replaced by each of these texts, one at a time, beside others with which it is read; then all of"
+         " a file at once. The keys are those that `ryn check` knows, taken from its source and that of the"
+         " descriptions. A launch is counted when the VM, a stand-in, was started and its exit code came back, an"
+         " error when it was told in a box of the documents ([exit-codes.md](exit-codes.md),"
+         " [vm-packs.md](vm-packs.md)) with its exit code, a hang after a minute.")
+ELEVATED = ("Every program under Wine counts as elevated, so that the file of `ryn.user.options` is not read;"
+            " `ryn.service.stop.seconds` only decides how a service stops, and these were no services.")
 
 LIMIT_SECONDS = 60
 VM_EXIT = 7
@@ -51,21 +54,23 @@ ALSO = {
 }
 DESCRIBED = {"build.option": "withoutvm", "build.jvmspec.applicable": "true", "build.jvmspec.total.num": "1",
              "build.jvmspec.0": "one.txt"}
+HINT = "PATH_HINT:\n%VMS%\\*\n/:\n"
 WITH = {"build.option": "withvm", "build.with.vm.search.option": "21"}
-CHECKSUM = ".md5Checksum."
 
 
 def table(path, name):
     """The names in a table of the sources."""
     text = (REPOSITORY / path).read_text()
-    return re.findall(r'^    \{(?:\.name = )?L"(.+?)"(.*)', re.search(rf"{name}\[\] = \{{(.*?)\n\}};", text, re.DOTALL)[1], re.MULTILINE)
+    rows = re.search(rf"{name}\[\] = \{{(.*?)\n\}};", text, re.DOTALL)[1]
+    return re.findall(r'^    \{(?:\.name = )?L"(.+?)"(.*)', rows, re.MULTILINE)
 
 
 def fetching(url):
     """The options that fetch each of the two packs."""
     result = {}
     for option, address, checksum in ((11, "not.found", "not.found"), (12, "direct", "dont.search")):
-        url_key, digest = f"build.without.vm.{address}.download.url", f"build.without.vm.{checksum}.download.url{CHECKSUM}"
+        url_key = f"build.without.vm.{address}.download.url"
+        digest = f"build.without.vm.{checksum}.download.url.md5Checksum."
         keys = {"build.option": "withoutvm", "build.without.vm.search.option": str(option), url_key: url + "/jre.vm",
                 digest + "applicable": "true", digest + "value": "0" * 32}
         result |= {url_key: keys | {digest + "applicable": "no"}, digest + "applicable": keys, digest + "value": keys}
@@ -88,12 +93,13 @@ def cases(url):
                                          {"build.option": "withoutvm"}))
         yield key, lambda text, key=key, also=with_key: (base, also | {key: text}, "")
         if key.endswith(".url"):
-            yield f"{key} on a server", lambda text, key=key, also=with_key: (base, also | {key: f"{url}/{text}.vm"}, "")
+            yield (f"{key} on a server",
+                   lambda text, key=key, also=with_key: (base, also | {key: f"{url}/{text}.vm"}, ""))
     yield "all of jvmspecs.properties", lambda text: (base, dict.fromkeys(options, text), "")
 
     for key, rest in table("vmsearch/vm_description.h", "kDescriptionKeys"):
         value = "\n{}\n/:" if ".block" in rest else " {}"
-        hint = "" if key == "PATH_HINT:" else "PATH_HINT:\n%VMS%\\*\n/:\n"
+        hint = "" if key == "PATH_HINT:" else HINT
         yield key, lambda text, line=key + value, hint=hint: (base, DESCRIBED, line.format(text) + "\n" + hint)
 
 
@@ -108,8 +114,8 @@ def told(box, code):
 
 
 # Of a download, before the box that ends the launch.
-EARLIER = {"Downloading", "Invalid VM Pack", "Network Connection Error", "JVM Download Error", "MD5 Checksum Verification",
-           "JVM Extraction Error"}
+EARLIER = {"Downloading", "Invalid VM Pack", "Network Connection Error", "JVM Download Error",
+           "MD5 Checksum Verification", "JVM Extraction Error"}
 
 
 def judge(result):
@@ -118,7 +124,8 @@ def judge(result):
         return "crash"
     *earlier, last = result.boxes or [None]
     if result.records:
-        return "launch" if result.exit_code == VM_EXIT and {box.title for box in result.boxes} <= {"Downloading"} else "neither"
+        told_nothing = {box.title for box in result.boxes} <= {"Downloading"}
+        return "launch" if result.exit_code == VM_EXIT and told_nothing else "neither"
     return "error" if last and told(last, result.exit_code) and {box.title for box in earlier} <= EARLIER else "neither"
 
 
@@ -142,7 +149,7 @@ class Program:
                 (app.folder / "Windows" / "jvmspecs" / "jvmspecs.properties").write_bytes(self.text(options))
                 # Descriptions lie below the application's folder.
                 (app.folder / "jvmspecs").mkdir()
-                (app.folder / "jvmspecs" / "one.txt").write_bytes((description or "PATH_HINT:\n%VMS%\\*\n/:\n").encode("latin-1"))
+                (app.folder / "jvmspecs" / "one.txt").write_bytes((description or HINT).encode("latin-1"))
             # A pack is fetched when there is none.
             finds = not any(".url" in key for key in options)
             path = [windows_path(self.vms / name) for name in ("eleven/bin", "ms")] if finds else []
@@ -168,7 +175,7 @@ def rows(bench):
         for subject, text in HOSTILE.items():
             bench.progress(subject)
             outcomes = pool.map(lambda case: program.run(case[1](text)), every)
-            row, counts = Row(subject, f"{len(every)} values", ""), collections.Counter()
+            row, counts = Row(subject, f"{len(every)} values", "", ELEVATED), collections.Counter()
             for (name, _), (outcome, what) in zip(every, outcomes):
                 counts[outcome] += 1
                 row.expect(outcome in ("launch", "error"), f"{subject} as {name}: {outcome}: {what}")

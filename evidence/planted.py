@@ -13,13 +13,14 @@ from .core import Row
 from .serving import fetching, serving, vm_pack, write_options
 
 TITLE = "Planted libraries"
-ABOUT = ("A trace of Wine's loader tells which libraries a program asks for. Under each of these names a library that leaves a"
-         " mark when it is loaded is put beside the program, into the folder in which it is started, into the application's"
-         " `lib` and into a folder of `PATH`; Wine is told to prefer what it finds there to its own, and the same is done"
-         " again, then once more with the libraries that were asked for by name taken out of the system folder, so that the"
-         " search goes on to its end. That the trap snaps is shown by a program that loads the same names without any care"
-         " (`tests/fixtures/careless.cpp`), with one of the four places at a time; for it, `lib` stands in `PATH`. What is"
-         " counted is the process of the launcher: that a VM inherits a part of the narrowed search is Windows' doing.")
+ABOUT = ("A trace of Wine's loader tells which libraries a program asks for. Under each of these names a library that"
+         " leaves a mark when it is loaded is put beside the program, into the folder in which it is started, into the"
+         " application's `lib` and into a folder of `PATH`; Wine is told to prefer what it finds there to its own,"
+         " and the same is done again, then once more with the libraries that were asked for by name taken out of"
+         " the system folder, so that the search goes on to its end. That the trap snaps is shown by a program that"
+         " loads the same names without any care (`tests/fixtures/careless.cpp`), with one of the four places at a"
+         " time; for it, `lib` stands in `PATH`. What is counted is the process of the launcher: that a VM inherits"
+         " a part of the narrowed search is Windows' doing.")
 
 PLANTED_FIRST = "native,builtin"
 HIDDEN = ".hidden"
@@ -46,16 +47,18 @@ class Trace:
     """What one process, the one that runs `program` (a path of this host), asked its loader for, from what
     WINEDEBUG=+pid,+module,+loaddll told. What is loaded already is not asked for.
 
-    `places`, name by name: EARLY, before the search was narrowed; LATE, afterwards, in the system folder alone; DELAYED,
-    afterwards, by libraries of the system in the middle of a call, with what these need; ASTRAY, elsewhere, too. `bare`:
-    late ones that were asked for without a path. `natives`: paths of what was loaded and is none of Wine's own."""
+    `places`, name by name: EARLY, before the search was narrowed; LATE, afterwards, in the system folder alone;
+    DELAYED, afterwards, by libraries of the system in the middle of a call, with what these need; ASTRAY, elsewhere,
+    too. `bare`: late ones that were asked for without a path. `natives`: paths of what was loaded and is none of Wine's
+    own."""
 
     def __init__(self, text, program):
         # Which is there before anything is traced.
         self.places, self.bare, self.natives, there = {"ntdll.dll": EARLY}, set(), [], {"ntdll.dll"}
         start, process, own, narrowed, delaying = windows_path(program).lower(), None, None, False, {}
         for line in filter(None, map(LINE.match, text.splitlines())):
-            loaded, unloaded, asked, search = (unescape(line[name]) for name in ("loaded", "unloaded", "asked", "search"))
+            texts = (unescape(line[name]) for name in ("loaded", "unloaded", "asked", "search"))
+            loaded, unloaded, asked, search = texts
             if process is None and loaded == start:
                 process, own = line["process"], line["base"]
             if line["process"] != process:
@@ -87,7 +90,8 @@ class Site:
     def __init__(self, bench, app):
         self.host, self.app, self.base = bench.host, app, app.folder.parent
         self.program = app.program
-        self.folders = dict(zip(self.PLACES, (app.folder, self.base / "current", app.folder / "lib", self.base / "on path")))
+        folders = app.folder, self.base / "current", app.folder / "lib", self.base / "on path"
+        self.folders = dict(zip(self.PLACES, folders))
         for folder in self.folders.values():
             folder.mkdir(exist_ok=True)
         self.marks = self.base / "marks"
@@ -100,8 +104,8 @@ class Site:
 
     @contextlib.contextmanager
     def trap(self, program, names, absent):
-        """Tells Wine to prefer what is planted under these names, for programs called `program` alone, and takes `absent`
-        out of the system folder. Wine still has its own once it has looked in all other places."""
+        """Tells Wine to prefer what is planted under these names, for programs called `program` alone, and takes
+        `absent` out of the system folder."""
         key = rf"HKEY_CURRENT_USER\Software\Wine\AppDefaults\{program}"
 
         def write(lines):
@@ -110,7 +114,8 @@ class Site:
                 file.flush()
                 self.host.wine("reg", "import", windows_path(file.name))
         # Under the bare name for what is asked for by name, with "*" for what is found along the search.
-        write([rf"[{key}\DllOverrides]", *(f'"{star}{name.removesuffix(".dll")}"="{PLANTED_FIRST}"' for name in names for star in ("", "*"))])
+        patterns = [star + name.removesuffix(".dll") for name in names for star in ("", "*")]
+        write([rf"[{key}\DllOverrides]", *(f'"{pattern}"="{PLANTED_FIRST}"' for pattern in patterns)])
         for file in (self.host.system_folder() / name for name in absent):
             if file.exists():
                 file.rename(f"{file}{HIDDEN}")
@@ -149,8 +154,9 @@ def restore(host):
 # The situations: each brings itself about on a site and tells in a few words what came of it.
 
 # All that a key can switch on: the check of the VM's folder, a job, short paths, a console.
-EVERYTHING = {"ryn__class__path": "lib/app.jar", "ryn__nl__designer__jvm__securefolder__check": "true", "ryn__win32__job": "true",
-              "ryn__win32__short__paths": "true", "ryn__stdout__redirect": "console", "ryn__user__options": "none.txt"}
+EVERYTHING = {"ryn__class__path": "lib/app.jar", "ryn__nl__designer__jvm__securefolder__check": "true",
+              "ryn__win32__job": "true", "ryn__win32__short__paths": "true", "ryn__stdout__redirect": "console",
+              "ryn__user__options": "none.txt"}
 
 
 def launch(site):
@@ -182,10 +188,10 @@ def service(site):
     site.app.configure(ryn__nl__current__vm=windows_path(vm), **EVERYTHING)
     name = f"ryn-{uuid.uuid4().hex[:8]}"
     options = site.options()
-    done = subprocess.run(["wine", FIXTURES / "service_driver.exe", name,
-                           f'"{windows_path(site.program)}" -tqrynservice {name}', "beside", "ended"],
-                          env=site.host.environment | options["env"] | options["host_environment"] | {"WINEPATH": options["path"]},
-                          cwd=options["folder"], capture_output=True, timeout=180)
+    environment = options["env"] | options["host_environment"] | {"WINEPATH": options["path"]}
+    command = f'"{windows_path(site.program)}" -tqrynservice {name}'
+    done = subprocess.run(["wine", FIXTURES / "service_driver.exe", name, command, "beside", "ended"], timeout=180,
+                          env=site.host.environment | environment, cwd=options["folder"], capture_output=True)
     site.trace = done.stderr.decode("latin-1")
     return done.stdout.decode().split(), len(harness.read_records(record)), done.returncode
 
@@ -203,7 +209,8 @@ SITUATIONS = {
     "A launch, to the start of its VM": (launch, ([], 1, 0)),
     "The box of an error": (no_vm, ([NO_VM], 0, 106)),
     "The dialog of a download, and the start of what it brought": (download, ([DOWNLOADING], 1, 0)),
-    "A download over TLS from a server that nobody trusts, and its box": (refused_download, ([NO_CONNECTION, NO_VM], 0, 106)),
+    "A download over TLS from a server that nobody trusts, and its box":
+        (refused_download, ([NO_CONNECTION, NO_VM], 0, 106)),
     "A service and its VM": (service, (["beside", "0", "ended", "0"], 1, 0)),
     "`ryn.exe`, which explains a launch": (explain, ([], 0, 1)),
 }
@@ -212,13 +219,13 @@ SITUATIONS = {
 def unseen(early, delayed, then):
     """What the row of these names does not show; `then` are delayed when others are missing."""
     listed = lambda names: ", ".join(f"`{name}`" for name in sorted(names))
-    text = (f"{len(early)} of the names are asked for before the program's first line, by its import table and by those of"
-            " Wine's libraries. Windows takes these from its list of known libraries; Wine 8 has none, and its rule to prefer its"
-            " own stands for it.")
+    text = (f"{len(early)} of the names are asked for before the program's first line, by its import table and by those"
+            " of Wine's libraries. Windows takes these from its list of known libraries; Wine 8 has none, and its"
+            " rule to prefer its own stands for it.")
     if delayed or then:
-        asked = " and ".join([*([listed(delayed)] if delayed else []), *([f"{listed(then)} when it is missing"] if then else [])])
-        text += (f" Wine's libraries ask for {asked} in the middle of a call and then look beside the program whatever it has"
-                 " narrowed: the same rule stands for what Windows does.")
+        asked = [*([listed(delayed)] if delayed else []), *([f"{listed(then)} when it is missing"] if then else [])]
+        text += (f" Wine's libraries ask for {', and for '.join(asked)}, in the middle of a call and then look beside"
+                 " the program whatever it has narrowed: the same rule stands for what Windows does.")
     return text
 
 
@@ -245,13 +252,13 @@ def rows(bench):
                                         for place in (EARLY, LATE, DELAYED, ASTRAY))
         # Without its driver there is no display.
         searched = [name for name in late if name in bare and name.endswith(".dll")]
-        row = Row(subject, f"{len(places)} names in the trace, {len(places) * len(Site.PLACES)} files; {len(late)} names"
-                  " preferred to Wine's own", "")
+        files = len(places) * len(Site.PLACES)
+        row = Row(subject, f"{len(places)} names in the trace, {files} files; {len(late)} preferred to Wine's own", "")
         row.expect(not astray, f"{subject}: looked for in more than the system folder: {', '.join(astray)}")
 
         def spring(absent):
-            """What was loaded, what came of the situation, and the late names for which Wine's own libraries looked in more
-            than the system folder this time: these do not count, and the trap is set again without them."""
+            """What was loaded, what came of the situation, and the late names for which Wine's own libraries looked in
+            more than the system folder this time: these do not count, and the trap is set again without them."""
             wines = set()
             while True:
                 with site() as trapped:
@@ -268,7 +275,8 @@ def rows(bench):
         row.expect(outcome == expected, f"{subject}: planted libraries changed it to {outcome}")
         # Without them it need not come to the same.
         found_without, _, then = spring(searched)
-        row.expect(not found | found_without, f"{subject}: planted libraries were loaded: {', '.join(sorted(found | found_without))}")
+        fault = f"{subject}: planted libraries were loaded: {', '.join(sorted(found | found_without))}"
+        row.expect(not found | found_without, fault)
         delayed = {*delayed, *also}
         row.unseen = unseen(early, delayed, then - delayed)
         victims = []
@@ -278,14 +286,16 @@ def rows(bench):
                 shutil.copyfile(FIXTURES / "careless.exe", careless.program)
                 careless.plant(late, [place])
                 with careless.trap(program, late, late):
-                    careless.run(command=f'"{windows_path(careless.program)}" {" ".join(late)}', path=[careless.folders["lib"]])
+                    careless.run(command=f'"{windows_path(careless.program)}" {" ".join(late)}',
+                                 path=[careless.folders["lib"]])
                 victims.append(len(careless.loaded()))
         assert victims == [len(late)] * len(victims), f"{subject}: the trap does not work: {victims} of {late}"
-        row.outcome = (f"{len(found)} loaded; {len(found_without)} with {len(searched)} taken out of the system folder; {len(late)} by the"
-                       f" careless program in each of the {len(victims)} places")
+        row.outcome = (f"{len(found)} loaded; {len(found_without)} with {len(searched)} taken out of the system folder;"
+                       f" {len(late)} by the careless program in each of the {len(victims)} places")
         seen |= places.keys()
-        planted += len(places) * len(Site.PLACES)
+        planted += files
         loaded += len(found) + len(found_without)
         fallen += sum(victims)
         yield row
-    yield Row("All of them", f"{len(seen)} names, {planted} files", f"{loaded} loaded; {fallen} by the careless program")
+    yield Row("All of them", f"{len(seen)} different names, {planted} files",
+              f"{loaded} loaded; {fallen} by the careless program")

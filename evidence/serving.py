@@ -51,8 +51,8 @@ def serving(content, certificate=None):
     server = Server(("127.0.0.1", 0), Handler)
     if certificate:
         key, own = (pathlib.Path(certificate) / name for name in ("key.pem", "certificate.pem"))
-        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=127.0.0.1", "-keyout", key,
-                        "-out", own], check=True, capture_output=True)
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=127.0.0.1",
+                        "-keyout", key, "-out", own], check=True, capture_output=True)
         context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
         context.load_cert_chain(own, key)
         # Each connection shakes hands when it is first read, in its own thread.
@@ -76,8 +76,9 @@ def write_options(app, **options):
     target.write_text("".join(f"build.{key.replace('__', '.')}={value}\n" for key, value in options.items()), "latin-1")
 
 
-def fetching(url, content, digest=True):
+def fetching(url, content):
     """Options with which every start fetches the pack."""
     checksum = "without__vm__dont__search__download__url__md5Checksum__"
-    return {"option": "withoutvm", "without__vm__search__option": 12, "without__vm__direct__download__url": url + "/jre.vm",
-            checksum + "applicable": "true" if digest else "false", checksum + "value": hashlib.md5(content).hexdigest()}
+    return {"option": "withoutvm", "without__vm__search__option": 12,
+            "without__vm__direct__download__url": url + "/jre.vm",
+            checksum + "applicable": "true", checksum + "value": hashlib.md5(content).hexdigest()}
