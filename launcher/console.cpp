@@ -7,6 +7,9 @@
 namespace ryn {
 namespace {
 
+// Windows wants titles of less than 64 KB; nobody sees that much of one.
+constexpr size_t kLongestTitle = 4096;
+
 // Readable and writable, as a console's own handles are: who asks for the console's mode, this program or the
 // VM that inherits the handle, needs both.
 void useConsoleFor(DWORD stream, const wchar_t* device) {
@@ -44,7 +47,7 @@ void Console::open(const std::wstring& title) {
     SetConsoleCtrlHandler(leaveToVm, TRUE);
     allocated_ = true;
   }
-  SetConsoleTitleW(title.c_str());
+  SetConsoleTitleW(title.substr(0, kLongestTitle).c_str());
   useConsoleFor(STD_INPUT_HANDLE, L"CONIN$");
   useConsoleFor(STD_OUTPUT_HANDLE, L"CONOUT$");
   useConsoleFor(STD_ERROR_HANDLE, L"CONOUT$");

@@ -8,6 +8,13 @@
 namespace ryn {
 namespace {
 
+// A box lays its text out at every length, for minutes if need be.
+constexpr size_t kLongestList = 2000;
+
+std::wstring shown(const std::wstring& list) {
+  return list.size() > kLongestList ? list.substr(0, kLongestList) + L"..." : list;
+}
+
 void writeNoValidVm(const std::wstring& text, const std::wstring& title) {
   // A redirected stream gets the exit code alone.
   writeErrorToConsole(concat({title, L": ", text, L"\n"}));
@@ -27,7 +34,7 @@ int reportError(const std::exception& error, const std::wstring& requiredVm, Use
     prompt.showError(terminal->message(), title);
     return kExitReportedError;
   }
-  const std::wstring text = concat({terminal->message(), L"\n\nRequired Java VM : ", requiredVm});
+  const std::wstring text = concat({terminal->message(), L"\n\nRequired Java VM : ", shown(requiredVm)});
   writeNoValidVm(text, title);
   prompt.showError(text, title);
   return kExitNoValidVm;

@@ -19,6 +19,9 @@ namespace ryn {
 namespace {
 
 constexpr DWORD kChunkBytes = 1024;
+/// WinInet documents a limit of 2083 and does not keep to it; of a longer one it may take minutes to make
+/// something, and no server takes it.
+constexpr size_t kLongestUrl = 16'384;
 constexpr uint64_t kChunksPerMark = 500;
 constexpr uint64_t kMarksPerGroup = 5;
 constexpr UINT_PTR kStartTimer = 1;
@@ -107,7 +110,7 @@ class Download {
       return false;
     }
 
-    const UrlScheme scheme = urlScheme(url_);
+    const UrlScheme scheme = url_.size() > kLongestUrl ? UrlScheme::kOther : urlScheme(url_);
     if (scheme == UrlScheme::kHttp && !openHttp()) return false;
     if (scheme == UrlScheme::kFtp && !openFtp()) return false;
     // Any other URL leaves no source, which the transfer reports.

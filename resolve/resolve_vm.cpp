@@ -68,9 +68,8 @@ class Resolver {
   }
 
   void searchDescribed(int count) {
-    std::vector<std::wstring> paths;
-    for (const int index : describedIndexes(*question_.jvmspecs, count))
-      paths.push_back(absolute(descriptionPath(*question_.jvmspecs, index)));
+    std::vector<std::wstring> paths = descriptionPaths(*question_.jvmspecs, count);
+    for (std::wstring& path : paths) path = absolute(path);
     append(choice_, searchByDescriptions(paths, question_.applicationFolder, rules_, question_.environment,
                                          probe_, question_.exhaustive));
   }

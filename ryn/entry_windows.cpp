@@ -29,11 +29,15 @@ void writeWhole(FILE* stream) {
   setvbuf(stream, nullptr, _IOFBF, kBuffer);
 }
 
+// It is put beside applications and started there, from a folder of downloads at worst. Before other
+// initialisers: that of GCC's stack protector loads a provider of random numbers.
+__attribute__((constructor(101))) void narrowFirst() {
+  ryn::narrowDllSearch();
+}
+
 }  // namespace
 
 int wmain(int argc, wchar_t** argv) {
-  // It is put beside applications and started there, from a folder of downloads at worst.
-  ryn::narrowDllSearch();
   const Utf8Console console;
   writeWhole(stdout);
   writeWhole(stderr);

@@ -21,8 +21,12 @@ constexpr const wchar_t* kHomeValues[] = {kJavaHomeValue, L"Path", L"Installatio
 constexpr wchar_t kDefaultExecutable[] = L"java.exe";
 constexpr const wchar_t* kProgramFolders[] = {L"%ProgramFiles%", L"%ProgramW6432%", L"%ProgramFiles(x86)%"};
 constexpr int kWalkedLevels = 2;
-// Of the walk, and of one hint with "*".
+// Of the walk, of one hint with "*" and of all hints of a description.
 constexpr size_t kMaxFolders = 4000;
+// No path and no variable is longer.
+constexpr size_t kLongestHint = 32'767;
+// What the record of each place has of it.
+constexpr size_t kLongestOrigin = 1000;
 
 // A folder to look into, or the path of an executable.
 struct Place {
@@ -89,10 +93,11 @@ class Search {
   std::vector<Place> hintedPlaces(const Described& described) const {
     std::vector<Place> places;
     for (const std::wstring& hint : described.hints) {
+      if (hint.size() > kLongestHint) continue;
       if (hint.starts_with(kRegistryHint)) {
         for (const std::wstring& key : expandKeys(hint)) addRegisteredPlaces(key, places);
       } else {
-        addFolders(hint, hint, places);
+        addFolders(hint, hint.substr(0, kLongestOrigin), places);
       }
     }
     return places;
@@ -104,6 +109,7 @@ class Search {
     if (!expanded) return;
     for (const std::wstring& piece : split(replaceAll(*expanded, L"\"", L""), L';')) {
       if (piece.empty()) continue;
+      if (places.size() >= kMaxFolders) return;
       for (std::wstring& path :
            expandWildcards(resolvePath(piece, applicationFolder_), kMaxFolders, probe_)) {
         places.push_back({std::move(path), origin});

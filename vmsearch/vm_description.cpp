@@ -7,7 +7,7 @@
 namespace ryn {
 namespace {
 
-constexpr wchar_t kKeyPrefix[] = L"build.jvmspec.";
+constexpr std::wstring_view kKeyPrefix = L"build.jvmspec.";
 constexpr wchar_t kFolder[] = L"jvmspecs\\";
 
 }  // namespace
@@ -47,20 +47,22 @@ bool VmDescription::empty() const {
 }
 
 std::wstring descriptionPath(const PropertyFile& jvmspecs, int index) {
-  return kFolder + jvmspecs.get(kKeyPrefix + decimal(index), L"");
+  return kFolder + jvmspecs.get(concat({kKeyPrefix, decimal(index)}));
 }
 
-std::vector<int> describedIndexes(const PropertyFile& jvmspecs, int count) {
+std::vector<std::wstring> descriptionPaths(const PropertyFile& jvmspecs, int count) {
+  // Not from 0 to `count`, which is as large as somebody wrote it.
   std::vector<int> indexes;
-  const PropertyFile::Entries& entries = jvmspecs.entries();
-  for (auto entry = entries.lower_bound(kKeyPrefix); entry != entries.end(); ++entry) {
-    if (!entry->first.starts_with(kKeyPrefix)) break;
-    const std::wstring_view text = std::wstring_view(entry->first).substr(std::size(kKeyPrefix) - 1);
+  for (const auto& [key, value] : jvmspecs.entries()) {
+    if (!key.starts_with(kKeyPrefix)) continue;
+    const std::wstring_view text = std::wstring_view(key).substr(kKeyPrefix.size());
     const int index = parseInteger(text);
     if (index < 0 || index >= count || decimal(index) != text) continue;
     indexes.insert(std::upper_bound(indexes.begin(), indexes.end(), index), index);
   }
-  return indexes;
+  std::vector<std::wstring> paths;
+  for (const int index : indexes) paths.push_back(descriptionPath(jvmspecs, index));
+  return paths;
 }
 
 }  // namespace ryn

@@ -91,8 +91,7 @@ inline constexpr DescriptionKey kDescriptionKeys[] = {
 /// application's folder.
 std::wstring descriptionPath(const PropertyFile& jvmspecs, int index);
 
-/// The indexes below `count` that jvmspecs.properties has a key for, in order. The others name no file; a
-/// count written wrong may be two thousand million.
-std::vector<int> describedIndexes(const PropertyFile& jvmspecs, int count);
+/// The paths of those that it names under indexes below `count`, in their order. The others lead to no file.
+std::vector<std::wstring> descriptionPaths(const PropertyFile& jvmspecs, int count);
 
 }  // namespace ryn

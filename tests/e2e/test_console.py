@@ -15,6 +15,7 @@ def console_lines(result):
 
 @pytest.mark.parametrize("tail, properties, title, handles", [
     ("-i console x", {TITLE: "Größe 文"}, "Größe 文", False),
+    ("-i console x", {TITLE: "x" * 5000}, "x" * 4096, False),
     ("x", {"ryn__stdout__redirect": "Console"}, "Kestrune", True),
     ("x", {"ryn__stderr__redirect": "CONSOLE", "ryn__stdout__redirect": "file.txt"}, "Kestrune", False),
 ])

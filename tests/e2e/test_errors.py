@@ -55,6 +55,7 @@ def test_fetch_that_fails_is_told_where_the_user_looks(app, tail, properties, bo
 
 @pytest.mark.parametrize("properties, required, handles", [
     ({}, "ALL", False), ({LIST: "JRE_J2  MSJ"}, "JRE_J2  MSJ", True), ({LIST: None, CURRENT: r"C:\none\java.exe"}, "", True),
+    ({LIST: "x" * 2001}, "x" * 2000 + "...", False),
 ])
 def test_no_vm(app, properties, required, handles):
     app.configure(**properties)

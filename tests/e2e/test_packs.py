@@ -190,6 +190,8 @@ REFUSED = "\nCould not connect to the specified URL\nHTTP Status code: {}\n"
     ("http://127.0.0.1:1/jre.vm", "jre.vm", REFUSED.format(0), [NO_CONNECTION]),
     ("http:nonsense", "jre.vm", REFUSED.format(0), [NO_CONNECTION]),
     ("HTTP://127.0.0.1/jre.vm", "jre.vm", WAIT + FAILED, [PROGRESS, NO_DOWNLOAD]),
+    # Filled up to more than anybody serves.
+    ("{:/<16385}jre.vm", "jre.vm", WAIT + FAILED, [PROGRESS, NO_DOWNLOAD]),
     ("{}/jre.vm", "missing/jre.vm", WAIT + OPENED + FAILED, [PROGRESS, NO_DOWNLOAD]),
     ("{}/jre.vm", None, WAIT + OPENED + FAILED, [PROGRESS, NO_DOWNLOAD]),
 ])
