@@ -43,6 +43,10 @@ std::wstring normalisePath(const std::wstring& path) {
   return result.empty() ? path : result;
 }
 
+bool namesDevice(const std::wstring& path) {
+  return normalisePath(path).starts_with(L"\\\\.\\");
+}
+
 std::wstring expandPath(const std::wstring& path) {
   wchar_t full[kPathBufferSize];
   DWORD length = GetFullPathNameW(path.c_str(), kPathBufferSize, full, nullptr);

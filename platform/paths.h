@@ -22,6 +22,10 @@ std::wstring currentFolder();
 /// current folder. Unchanged when the system refuses it, empty for an empty path.
 std::wstring normalisePath(const std::wstring& path);
 
+/// Whether Windows opens a device by this path, as it does by "C:\folder\aux.vm": attributes make a file of
+/// it, and reading may wait for ever.
+bool namesDevice(const std::wstring& path);
+
 /// Absolute long form (GetFullPathNameW, then GetLongPathNameW, each with the classic buffer).
 /// A path that does not fit keeps the longest form that was had.
 std::wstring expandPath(const std::wstring& path);

@@ -10,6 +10,7 @@
 
 #include "platform/files.h"
 #include "platform/output.h"
+#include "platform/paths.h"
 #include "platform/system_library.h"
 #include "platform/text.h"
 #include "provision/download_window.h"
@@ -216,7 +217,8 @@ class Download {
   }
 
   bool transfer() {
-    CStream file(source_ ? _wfsopen(destination_.c_str(), L"wb", _SH_DENYWR) : nullptr);
+    CStream file(source_ && !namesDevice(destination_) ? _wfsopen(destination_.c_str(), L"wb", _SH_DENYWR)
+                                                       : nullptr);
     if (!file) {
       reportFailure();
       return false;

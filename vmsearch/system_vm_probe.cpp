@@ -30,7 +30,8 @@ std::optional<RegistryKey> openKey(const std::wstring& key, RegistryView view) {
 PathKind SystemVmProbe::pathKind(const std::wstring& path) const {
   const DWORD attributes = GetFileAttributesW(path.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES) return PathKind::kNone;
-  return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? PathKind::kFolder : PathKind::kFile;
+  if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return PathKind::kFolder;
+  return namesDevice(path) ? PathKind::kNone : PathKind::kFile;
 }
 
 std::wstring SystemVmProbe::resolveLink(const std::wstring& path) const {
@@ -68,6 +69,7 @@ std::optional<std::vector<std::wstring>> SystemVmProbe::fixedDrives() const {
 }
 
 std::optional<std::wstring> SystemVmProbe::readText(const std::wstring& path) const {
+  if (namesDevice(path)) return std::nullopt;
   const CStream stream = openForReading(path);
   if (!stream) return std::nullopt;
   return readLatin1(stream.get());

@@ -192,6 +192,8 @@ REFUSED = "\nCould not connect to the specified URL\nHTTP Status code: {}\n"
     ("HTTP://127.0.0.1/jre.vm", "jre.vm", WAIT + FAILED, [PROGRESS, NO_DOWNLOAD]),
     # Filled up to more than anybody serves.
     ("{:/<16385}jre.vm", "jre.vm", WAIT + FAILED, [PROGRESS, NO_DOWNLOAD]),
+    # A device, wherever it stands, which would wait for its cable.
+    ("{}/jre.vm", "aux.vm", WAIT + OPENED + FAILED, [PROGRESS, NO_DOWNLOAD]),
     ("{}/jre.vm", "missing/jre.vm", WAIT + OPENED + FAILED, [PROGRESS, NO_DOWNLOAD]),
     ("{}/jre.vm", None, WAIT + OPENED + FAILED, [PROGRESS, NO_DOWNLOAD]),
 ])

@@ -23,6 +23,13 @@ TEST(PathsTest, NormalisesFromTheCurrentFolder) {
   for (const auto& [path, result] : rows) EXPECT_EQ(normalisePath(path), result);
 }
 
+TEST(PathsTest, KnowsDevices) {
+  for (const wchar_t* device : {L"C:\\a\\aux.vm", L"nul", L"con:"})
+    EXPECT_TRUE(namesDevice(device)) << device;
+  for (const wchar_t* file : {L"C:\\a\\auxiliary.vm", L"C:\\aux\\a", L"", L"x"})
+    EXPECT_FALSE(namesDevice(file)) << file;
+}
+
 TEST(PathsTest, ExpandsToTheLongestFormThatFits) {
   const TempFolder temp;
   const std::wstring file = temp.write(L"A Long File Name.text");
