@@ -393,6 +393,22 @@ def test_start_killed_while_unpacking(app, web, vm_pack, last_seen):
     assert program_of(app.run()) == "Windows/resource/jre/bin/javaw.exe"
 
 
+def test_full_disk_while_unpacking(app, hold, vm_pack):
+    """/dev/full is the one file of the runtime for which no room is left."""
+    hold.shows = True
+    bin_folder = app.folder / "Windows" / "resource" / "jre" / "bin"
+    bin_folder.mkdir(parents=True)
+    (bin_folder / "java.exe").symlink_to("/dev/full")
+    write_options(app, **without_vm(12, "dont__search", *vm_pack))
+    result = app.run()
+    assert (boxes_of(result), result.exit_code) == ([PROGRESS, ("JVM Extraction Error", EXTRACTION_FAILED), NO_VM], 106)
+    write_options(app, option="withvm", with__vm__search__option=21)
+    assert app.run().exit_code == 106
+    (bin_folder / "java.exe").unlink()
+    write_options(app, **without_vm(12, "dont__search", *vm_pack))
+    assert app.run(env={"STAND_IN_EXIT": "7"}).exit_code == 7
+
+
 @pytest.mark.parametrize("option, pack, ending", [(11, "not__found", "exiting"), (12, "dont__search", "Exiting")])
 def test_fetch_that_fails_ends_the_launch(app, hold, vm_pack, option, pack, ending):
     url, digest = vm_pack
