@@ -4,7 +4,6 @@ import ctypes
 import os
 import pathlib
 import subprocess
-import time
 
 import pefile
 
@@ -105,12 +104,17 @@ class Orphans:
         return sorted(process for process, known in self._children().items() if known[0] == name[:15] and known[1] != "Z")
 
     def usage(self, name):
-        """What the only program of this name that has ended took; it is forgotten."""
-        process = harness.wait_until(lambda: next(iter(self.find(name)), None), f"process {name}")
-        end = time.monotonic() + harness.LIMIT_SECONDS
-        while True:
-            ended, status, usage = os.wait4(process, os.WNOHANG)
-            if ended:
-                return status, usage
-            assert time.monotonic() < end, f"{name} does not end"
-            time.sleep(0.005)
+        """The most memory that a process of this name has taken, in bytes, and the signal that ended one, or 0. All have
+        ended or are about to; they are forgotten. There can be several: what was forked to start a program and could not."""
+        harness.wait_until(lambda: self.find(name), f"process {name}")
+        memory, ending = 0, 0
+        for process in self.find(name):
+            status, usage = harness.wait_until(lambda: self._reap(process), f"end of {name}")
+            memory = max(memory, usage.ru_maxrss << 10)
+            ending = os.WTERMSIG(status) if os.WIFSIGNALED(status) else ending
+        return memory, ending
+
+    @staticmethod
+    def _reap(process):
+        ended, status, usage = os.wait4(process, os.WNOHANG)
+        return (status, usage) if ended else None

@@ -376,18 +376,19 @@ class Lane:
             run.end()
             return "hung", pack.limit, 0, [f"{pack.name}: {error}"]
         seconds = time.monotonic() - start
-        status, usage = self.orphans.usage(app.program.name)
+        memory, ending = self.orphans.usage(app.program.name)
         shutil.rmtree(run.record_file.parent)
-        boxes = [(box.title, "".join(box.texts)) for box in result.boxes if not box.progress]
+        boxes = [(box.title, "".join(box.texts)) for box in result.boxes
+                 if box.title != self.english[fetching.DOWNLOADING_TITLE]]
         end = self.end(result.exit_code, boxes, shows)
         broken = list(self.strays(app, pack, end))
-        if os.WIFSIGNALED(status):
-            broken.append(f"ended by signal {os.WTERMSIG(status)}")
+        if ending:
+            broken.append(f"ended by signal {ending}")
         if end == "unexplained":
             broken.append(f"exit code {result.exit_code:#x}, boxes {boxes}")
         if pack.digest and end != "refused":
             broken.append(f"verified, and {end} all the same")
-        return end, seconds, usage.ru_maxrss << 10, [f"{pack.name}: {sentence}" for sentence in broken]
+        return end, seconds, memory, [f"{pack.name}: {sentence}" for sentence in broken]
 
     def end(self, code, boxes, shows):
         """What exit code and boxes say, where the documents know them."""
