@@ -313,6 +313,9 @@ class Download {
     const INITCOMMONCONTROLSEX classes = {sizeof(classes), ICC_PROGRESS_CLASS};
     if (initialise != nullptr) initialise(&classes);
 
+    // Before it is seen: the template has an English title.
+    SetWindowTextW(dialog, text(IDS_DOWNLOADING_TITLE).c_str());
+    SetDlgItemTextW(dialog, IDC_DOWNLOAD_TEXT, text(IDS_DOWNLOADING_TEXT).c_str());
     ShowWindow(dialog, SW_SHOW);
     // The transfer starts when the dialog is on the screen.
     SetTimer(dialog, kStartTimer, kStartTimerMs, nullptr);
@@ -321,8 +324,6 @@ class Download {
     progressBar_ = CreateWindowExW(0, PROGRESS_CLASSW, nullptr, WS_CHILD | WS_VISIBLE, scaled(kBar.left),
                                    scaled(kBar.top), scaled(kBar.right - kBar.left),
                                    scaled(kBar.bottom - kBar.top), dialog, nullptr, settings_.owner, nullptr);
-    SetWindowTextW(dialog, text(IDS_DOWNLOADING_TITLE).c_str());
-    SetDlgItemTextW(dialog, IDC_DOWNLOAD_TEXT, text(IDS_DOWNLOADING_TEXT).c_str());
     if (source_) SendMessageW(progressBar_, PBM_SETRANGE, 0, MAKELPARAM(0, progressRange(sizeBytes_)));
     // One step is one chunk.
     SendMessageW(progressBar_, PBM_SETSTEP, 1, 0);

@@ -36,17 +36,19 @@ uint64_t ticksOfDosTime(uint32_t dosDateTime) {
   return converted ? ticks(time) : 0;
 }
 
-void createFolder(const std::wstring& path) {
-  if (!pathExists(path)) CreateDirectoryW(path.c_str(), nullptr);
+/// False when the disk is full.
+bool createFolder(const std::wstring& path) {
+  return pathExists(path) || CreateDirectoryW(path.c_str(), nullptr) || GetLastError() != ERROR_DISK_FULL;
 }
 
-/// Creates `base`, every folder that ends before a separator of `folders`, and the whole.
-void createFolders(const std::wstring& base, const std::wstring& folders) {
-  if (!base.empty()) createFolder(base);
+/// Creates `base`, every folder that ends before a separator of `folders`, and the whole. False when the disk
+/// is full.
+bool createFolders(const std::wstring& base, const std::wstring& folders) {
+  bool hasRoom = base.empty() || createFolder(base);
   for (size_t i = 0; i < folders.size(); ++i) {
-    if (isSeparator(folders[i])) createFolder(base + folders.substr(0, i));
+    if (isSeparator(folders[i])) hasRoom = createFolder(base + folders.substr(0, i)) && hasRoom;
   }
-  if (!folders.empty()) createFolder(base + folders);
+  return (folders.empty() || createFolder(base + folders)) && hasRoom;
 }
 
 UniqueFile createFile(const std::wstring& path, DWORD attributes) {
@@ -86,15 +88,16 @@ PackResult PackArchive::extract(int32_t index, const std::wstring& name) {
   if (const PackResult result = getEntry(index, entry); result != PackResult::kOk) return result;
 
   if ((entry.attributes & kFolderAttribute) != 0) {
-    createFolders(isAbsolute(name) ? std::wstring() : baseFolder_, name);
-    return PackResult::kOk;
+    return createFolders(isAbsolute(name) ? std::wstring() : baseFolder_, name) ? PackResult::kOk
+                                                                                : PackResult::kWriteFailed;
   }
 
   const std::wstring folders = name.substr(0, name.find_last_of(L"/\\") + 1);
   const std::wstring base = isAbsolute(folders) ? std::wstring() : baseFolder_;
-  createFolders(base, folders);
+  if (!createFolders(base, folders)) return PackResult::kWriteFailed;
   const UniqueFile file = createFile(base + name, entry.attributes);
-  if (!file) return PackResult::kFileNotCreated;
+  if (!file)
+    return GetLastError() == ERROR_DISK_FULL ? PackResult::kWriteFailed : PackResult::kFileNotCreated;
 
   PackResult result = reader_.openData();
   if (result != PackResult::kOk) return result;
@@ -115,7 +118,11 @@ PackResult PackArchive::copyData(HANDLE file) {
     const PackResult result = reader_.readData(piece);
     if (result != PackResult::kOk || piece.empty()) return result;
     DWORD written = 0;
-    if (!WriteFile(file, piece.data(), static_cast<DWORD>(piece.size()), &written, nullptr)) {
+    if (!WriteFile(file, piece.data(), static_cast<DWORD>(piece.size()), &written, nullptr) ||
+        written != piece.size()) {
+      // What did not fit would keep the disk full.
+      SetFilePointer(file, 0, nullptr, FILE_BEGIN);
+      SetEndOfFile(file);
       return PackResult::kWriteFailed;
     }
   }

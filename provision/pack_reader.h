@@ -15,6 +15,7 @@ namespace ryn {
 enum class PackResult : uint32_t {
   kOk = 0,
   kFileNotCreated = 0x200,
+  /// The disk is full, or broken.
   kWriteFailed = 0x400,
   kCorruptHeader = 0x700,
   kExtraFieldUnreadable = 0x800,

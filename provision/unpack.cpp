@@ -41,28 +41,29 @@ bool holdsFile(PackArchive& archive, const std::wstring& folder, const std::wstr
   });
 }
 
-void extractAll(PackArchive& archive, const std::wstring& folder) {
+/// False when the disk took no more. Other entries that fail are passed over.
+bool extractAll(PackArchive& archive, const std::wstring& folder) {
   archive.setBaseFolder(folder);
-  anyEntry(archive, [&archive](const PackEntry& entry) {
-    archive.extract(entry.index, entry.name);
-    return false;
+  return !anyEntry(archive, [&archive](const PackEntry& entry) {
+    return archive.extract(entry.index, entry.name) == PackResult::kWriteFailed;
   });
 }
 
-/// False when `path` is no archive that holds the file `innerArchive`; nothing has been unpacked then.
+/// False when `path` is no archive that holds the file `innerArchive`, where nothing has been unpacked, or
+/// when the disk took no more.
 bool extractOuter(const std::wstring& path, const std::wstring& folder, const std::wstring& innerArchive) {
   PackArchive archive;
   // A pack that lost its end is opened by the end of the archive stored in it, as if it were that one.
   if (!archive.open(path) || !holdsFile(archive, folder, innerArchive)) return false;
-  extractAll(archive, folder);
-  return fileExists(innerArchive);
+  return extractAll(archive, folder) && fileExists(innerArchive);
 }
 
-bool extractInner(const std::wstring& path, const std::wstring& folder) {
+enum class Outcome { kNotOpened, kBrokenOff, kUnpacked };
+
+Outcome extractInner(const std::wstring& path, const std::wstring& folder) {
   PackArchive archive;
-  if (!archive.open(path)) return false;
-  extractAll(archive, folder);
-  return true;
+  if (!archive.open(path)) return Outcome::kNotOpened;
+  return extractAll(archive, folder) ? Outcome::kUnpacked : Outcome::kBrokenOff;
 }
 
 }  // namespace
@@ -73,7 +74,10 @@ bool extractPack(const std::wstring& packPath, const std::wstring& extractionFol
   CreateDirectoryW(withoutEnd.c_str(), nullptr);
   const bool wasHalfUnpacked = isHalfUnpacked(extractionFolder);
   // Where not even the marker can be written, nothing else can.
-  if (!beginUnpacking(extractionFolder)) return false;
+  if (!beginUnpacking(extractionFolder)) {
+    if (!wasHalfUnpacked) endUnpacking(extractionFolder);
+    return false;
+  }
 
   const std::wstring intermediateFolder = folderPart(packPath) + L"\\downloadIntermediary";
   const std::wstring innerArchive = intermediateFolder + L"\\vm.zip";
@@ -81,17 +85,20 @@ bool extractPack(const std::wstring& packPath, const std::wstring& extractionFol
   // One that an interrupted attempt left behind must not stand in for one that this pack lacks.
   deleteFile(innerArchive);
 
-  const bool unpacked = extractOuter(packPath, intermediateFolder, innerArchive) &&
-                        extractInner(innerArchive, extractionFolder);
+  const Outcome outcome = extractOuter(packPath, intermediateFolder, innerArchive)
+                              ? extractInner(innerArchive, extractionFolder)
+                              : Outcome::kNotOpened;
 
   deleteFile(innerArchive);
   deleteFile(intermediateFolder + L"\\vm.properties");
   RemoveDirectoryW(intermediateFolder.c_str());
 
+  if (outcome == Outcome::kUnpacked) noteUnpacked(extractionFolder);
   // A pack that could not be opened has left the folder as it was.
-  if (unpacked) noteUnpacked(extractionFolder);
-  if (unpacked || !wasHalfUnpacked) endUnpacking(extractionFolder);
-  return unpacked;
+  if (outcome == Outcome::kUnpacked || (outcome == Outcome::kNotOpened && !wasHalfUnpacked)) {
+    endUnpacking(extractionFolder);
+  }
+  return outcome == Outcome::kUnpacked;
 }
 
 }  // namespace ryn

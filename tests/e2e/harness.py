@@ -292,9 +292,10 @@ class Run:
 
 
 class App:
-    """A folder with the launcher under a name of choice and its property file."""
+    """A folder with the launcher under a name of choice and its property file. `runs`: another place for what is kept of
+    runs."""
 
-    def __init__(self, host, folder, name="hello", extension=".exe"):
+    def __init__(self, host, folder, name="hello", extension=".exe", runs=None):
         self.host = host
         self.folder = pathlib.Path(folder)
         self.folder.mkdir(parents=True, exist_ok=True)
@@ -306,7 +307,7 @@ class App:
         self._runs = []
         self._numbers = itertools.count(1)
         # Beside the folder, so that nothing of a run lies among the application's files.
-        self._run_folder = pathlib.Path(tempfile.mkdtemp(prefix="run-", dir=self.folder.parent))
+        self._run_folder = pathlib.Path(tempfile.mkdtemp(prefix="run-", dir=runs or self.folder.parent))
 
     def windows_folder(self):
         return windows_path(self.folder)

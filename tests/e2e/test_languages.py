@@ -5,10 +5,12 @@ import unicodedata
 import pytest
 
 from harness import install_vm
+from pack_server import serve, without_vm, write_options
 
 RT_DIALOG, RT_STRING = 5, 6
 ENGLISH, ARABIC = 1033, 1025
-ERROR_TITLE, NO_VALID_VM, VM_START_FAILED, DOWNLOADING_TEXT = 110, 101, 103, 115
+ERROR_TITLE, NO_VALID_VM, VM_START_FAILED = 110, 101, 103
+EXTRACTION_ERROR_TITLE, DOWNLOADING_TITLE, DOWNLOADING_TEXT = 112, 114, 115
 EAST_ASIA = ("CJK", "IDEOGRAPHIC", "FULLWIDTH", "HIRAGANA", "KATAKANA", "KATAKANA-HIRAGANA", "LEFT", "RIGHT")
 # What a language has besides the letters of ASCII, or the scripts that it is written in. What is garbled or in the
 # wrong file stands out.
@@ -92,3 +94,11 @@ def test_error_number_goes_into_the_translated_text(app, texts):
     vm = install_vm(app.folder / "vm", names=["java"])
     result = app.run(vm=vm, host_environment={"LC_ALL": "ja_JP.UTF-8"})
     assert result.box.text == texts[1041][VM_START_FAILED].replace("%d", "2")
+
+
+def test_progress_dialog_is_never_seen_in_another_language(app, texts):
+    with serve() as server:
+        server.answers["/jre.vm"] = b"no pack"
+        write_options(app, **without_vm(12, "dont__search", server.url + "/jre.vm"))
+        result = app.run(handles=False, host_environment={"LC_ALL": "de_DE.UTF-8"})
+    assert [box.title for box in result.boxes] == [texts[1031][number] for number in (DOWNLOADING_TITLE, EXTRACTION_ERROR_TITLE, ERROR_TITLE)]

@@ -2,11 +2,8 @@
 their console texts can be read, and whole launches of builds that ship or fetch a VM."""
 import contextlib
 import hashlib
-import http.server
-import io
 import os
 import threading
-import zipfile
 
 import pytest
 from pyftpdlib.authorizers import DummyAuthorizer
@@ -15,6 +12,7 @@ from pyftpdlib.servers import ThreadedFTPServer
 
 from harness import (ERROR_TITLE, FIXTURES, LIMIT_SECONDS, NO_VALID_VM, SYSTEM_PATH, Run, install_vm, wait_until,
                      windows_path)
+from pack_server import archive, serve, without_vm, write_options
 
 WAIT = "\nDownloading VM Pack - Please Wait!!!\n"
 # Wine's wininet leaves this error behind when it succeeds.
@@ -24,33 +22,6 @@ NO_CONNECTION = ("Network Connection Error", "Could not connect to the specified
 NO_DOWNLOAD = ("JVM Download Error", "Download of VM pack failed. Installer exiting...")
 PROGRESS = ("Downloading", "Downloading Java Virtual Machine pack")
 TITLE = PROGRESS[0]
-
-
-class Handler(http.server.BaseHTTPRequestHandler):
-    protocol_version = "HTTP/1.1"
-
-    def log_message(self, *_):
-        pass
-
-    def do_GET(self):
-        with contextlib.suppress(BrokenPipeError, ConnectionResetError):
-            answer = self.server.answers.get(self.path)
-            if isinstance(answer, bytes):
-                self.begin(len(answer))
-                self.server.hold()
-                self.wfile.write(answer)
-            elif answer is None:
-                self.send_error(404)
-            else:
-                answer(self)
-
-    def begin(self, size=None, status=200, **headers):
-        self.send_response(status)
-        if size is not None:
-            headers["Content-Length"] = size
-        for name, value in headers.items():
-            self.send_header(name.replace("_", "-"), str(value))
-        self.end_headers()
 
 
 @pytest.fixture
@@ -65,17 +36,8 @@ def hold(host):
 
 @pytest.fixture
 def web(hold):
-    """A server; `answers` has the bytes, or a function of the handler, for each path."""
-    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
-    server.hold = hold
-    server.answers = {}
-    server.url = f"http://127.0.0.1:{server.server_port}"
-    thread = threading.Thread(target=server.serve_forever)
-    thread.start()
-    yield server
-    server.shutdown()
-    thread.join()
-    server.server_close()
+    with serve(hold) as server:
+        yield server
 
 
 @pytest.fixture
@@ -261,14 +223,6 @@ def test_ftp(ftp, download):
         assert (answer.result, answer.boxes) == ("false", [NO_CONNECTION])
 
 
-def archive(files):
-    data = io.BytesIO()
-    with zipfile.ZipFile(data, "w", zipfile.ZIP_DEFLATED) as target:
-        for name, content in files.items():
-            target.writestr(name, content)
-    return data.getvalue()
-
-
 PACK = archive({"vm.zip": archive({"bin/java.exe": "java", "lib/modules": "m" * 50_000}), "vm.properties": os.urandom(2000)})
 VERIFYING = "\nVerifying the downloaded JVM with MD5 checksum specified\n\n"
 EXTRACTING = "\nExtracting VM Pack. Please wait!!!\n"
@@ -372,21 +326,6 @@ def test_two_first_starts(web, fetch, tmp_path, ending):
     wait_until(lambda: one.is_running() == (ending == "damaged"), "first start to wait in a box or to end")
 
 
-def write_options(app, folder="Windows", **options):
-    """jvmspecs.properties; "__" in a name stands for each "."."""
-    target = app.folder / folder / "jvmspecs"
-    target.mkdir(parents=True, exist_ok=True)
-    text = "".join(f"build.{key.replace('__', '.')}={value}\n" for key, value in options.items())
-    (target / "jvmspecs.properties").write_text(text)
-
-
-def without_vm(option, pack, url, digest):
-    checksum = f"without__vm__{pack}__download__url__md5Checksum__"
-    url_key = f"without__vm__{pack.replace('dont__search', 'direct')}__download__url"
-    return {"option": "withoutvm", "without__vm__search__option": option, url_key: url,
-            checksum + "applicable": "true", checksum + "value": digest}
-
-
 @pytest.fixture
 def vm_pack(web, tmp_path):
     """A pack with a stand-in VM: its URL and its digest."""
@@ -456,6 +395,22 @@ def test_start_killed_while_unpacking(app, web, vm_pack, last_seen):
     assert app.run(env={"STAND_IN_EXIT": "7"}).exit_code == 7
     write_options(app, **shipping)
     assert program_of(app.run()) == "Windows/resource/jre/bin/javaw.exe"
+
+
+def test_full_disk_while_unpacking(app, hold, vm_pack):
+    """/dev/full is the one file of the runtime for which no room is left."""
+    hold.shows = True
+    bin_folder = app.folder / "Windows" / "resource" / "jre" / "bin"
+    bin_folder.mkdir(parents=True)
+    (bin_folder / "java.exe").symlink_to("/dev/full")
+    write_options(app, **without_vm(12, "dont__search", *vm_pack))
+    result = app.run()
+    assert (boxes_of(result), result.exit_code) == ([PROGRESS, ("JVM Extraction Error", EXTRACTION_FAILED), NO_VM], 106)
+    write_options(app, option="withvm", with__vm__search__option=21)
+    assert app.run().exit_code == 106
+    (bin_folder / "java.exe").unlink()
+    write_options(app, **without_vm(12, "dont__search", *vm_pack))
+    assert app.run(env={"STAND_IN_EXIT": "7"}).exit_code == 7
 
 
 @pytest.mark.parametrize("option, pack, ending", [(11, "not__found", "exiting"), (12, "dont__search", "Exiting")])
