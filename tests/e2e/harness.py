@@ -1,4 +1,4 @@
-"""Runs the launcher as a user would: in a folder of its own, under Wine or on Windows itself, always under a time limit.
+"""Runs the launcher as a user would: in a folder of its own, under Wine or on Windows itself, under a time limit.
 
 What only the Windows side can know (the raw command line, all 32 bits of the exit code, message boxes) comes
 from the fixture program runner.exe; what the launcher handed to a VM comes from a stand-in VM's record.
@@ -46,7 +46,7 @@ def image_bits(program):
 
 
 def own_fixtures():
-    """Those of the launcher's own bitness, for what is loaded into it. Stand-in VMs are of 64 bits, as the VMs of today,
+    """Those of the launcher's own bitness, for what is loaded into it. Stand-in VMs have 64 bits, as the VMs of today,
     unless a test asks for others."""
     return FIXTURES if image_bits(LAUNCHER) == 64 else FIXTURES_32
 
@@ -132,7 +132,7 @@ class _Host:
 
 
 class WindowsHost(_Host):
-    """Windows itself, with the desktop of whoever runs the tests. What only Wine takes from its environment is skipped."""
+    """Windows itself, with the desktop of whoever runs the tests."""
 
     def __init__(self):
         super().__init__()

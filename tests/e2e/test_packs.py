@@ -13,7 +13,7 @@ from pyftpdlib.authorizers import DummyAuthorizer
 from pyftpdlib.handlers import DTPHandler, FTPHandler
 from pyftpdlib.servers import ThreadedFTPServer
 
-from harness import (ERROR_TITLE, LIMIT_SECONDS, NO_VALID_VM, SYSTEM_PATH, Run, install_vm, own_fixtures, wait_until,
+from harness import (ERROR_TITLE, LIMIT_SECONDS, NO_VALID_VM, Run, install_vm, own_fixtures, wait_until,
                      windows_path)
 
 WAIT = "\nDownloading VM Pack - Please Wait!!!\n"
