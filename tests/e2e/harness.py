@@ -5,6 +5,7 @@ from the fixture program runner.exe; what the launcher handed to a VM comes from
 """
 import collections
 import contextlib
+import ctypes
 import dataclasses
 import itertools
 import os
@@ -147,6 +148,9 @@ class WindowsHost(_Host):
     def command(self, program, *arguments):
         return [str(program), *map(str, arguments)]
 
+    def elevates_all(self):
+        return bool(ctypes.windll.shell32.IsUserAnAdmin())
+
     def system_folder(self, bits=64):
         return pathlib.Path(os.environ["SystemRoot"]) / ("System32" if bits == 64 else "SysWOW64")
 
@@ -200,6 +204,11 @@ class WineHost(_Host):
 
     def command(self, program, *arguments):
         return [self._wine, str(program), *map(str, arguments)]
+
+    def elevates_all(self):
+        """Until its version 9 Wine gave an administrator's rights to all programs, since then to those that ask for them."""
+        version = subprocess.run(self.command("--version"), env=self.environment, capture_output=True, text=True).stdout
+        return int(version.removeprefix("wine-").split(".")[0]) < 9
 
     def system_folder(self, bits=64):
         return self.prefix / "drive_c" / "windows" / ("system32" if bits == 64 else "syswow64")
