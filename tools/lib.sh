@@ -71,6 +71,14 @@ use_wine() {
   # Windows of tests have no business on anybody's desktop.
   unset DISPLAY WAYLAND_DISPLAY
   wine_used=yes
+  # Where Wine for 32 bits is installed, Debian's script takes its loader, which runs in no prefix that is older than it.
+  local loader=/usr/lib/wine/wine64
+  if [[ -x $loader ]]; then
+    # Not a link: the loader goes by the name that it was started by.
+    mkdir -p "$build/bin"
+    [[ -x $build/bin/wine ]] || install /dev/stdin "$build/bin/wine" <<<$'#!/bin/sh\nexec '"$loader"' "$@"'
+    export PATH=$build/bin:$PATH WINELOADER=$loader
+  fi
   [[ -e $WINEPREFIX/system.reg ]] || step "$1" "Making a Wine prefix in build/$1" make_wine_prefix
 }
 
@@ -79,7 +87,7 @@ make_wine_prefix() {
   local target=$WINEPREFIX
   export WINEPREFIX=$target.work
   rm -rf "$target" "$WINEPREFIX"
-  timeout 300 wineboot --init
+  timeout 300 wine wineboot --init
   # The registry is written when the last program has ended.
   timeout 300 wineserver --wait
   mv "$WINEPREFIX" "$target"
@@ -102,7 +110,7 @@ boot_wine() {
   # One server for all programs, or each would boot Windows. What a boot leaves running keeps the output of the
   # program that caused it open; better this one than a test whose output is read to the end.
   wineserver --persistent
-  timeout 120 wineboot
+  timeout 120 wine wineboot
   # A crash ends a program at once, with a trace in the log, instead of waiting for somebody to close its box.
   timeout 120 wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f
 }

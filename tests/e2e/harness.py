@@ -1,10 +1,11 @@
-"""Runs the launcher as a user would: in a folder of its own, under Wine, always under a time limit.
+"""Runs the launcher as a user would: in a folder of its own, under Wine or on Windows itself, under a time limit.
 
 What only the Windows side can know (the raw command line, all 32 bits of the exit code, message boxes) comes
 from the fixture program runner.exe; what the launcher handed to a VM comes from a stand-in VM's record.
 """
 import collections
 import contextlib
+import ctypes
 import dataclasses
 import itertools
 import os
@@ -15,16 +16,22 @@ import subprocess
 import tempfile
 import time
 
+import pytest
+
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 BUILD = REPOSITORY / os.environ.get("RYN_BUILD_DIR", "build/release")
 FIXTURES = BUILD / "tests" / "fixtures"
+FIXTURES_32 = REPOSITORY / "build" / "release-x86" / "tests" / "fixtures"
 # Another launcher, such as one that `ryn make` branded, can take the tests, too.
 LAUNCHER = pathlib.Path(os.environ.get("RYN_LAUNCHER", BUILD / "launcher.exe"))
 RYN = REPOSITORY / os.environ.get("RYN_PROGRAM", "build/checked/ryn/ryn")
 RUNTIMES = REPOSITORY / "build" / "runtimes"
 
+ON_WINDOWS = os.name == "nt"
 LIMIT_SECONDS = 60
 SYSTEM_PATH = r"C:\windows\system32;C:\windows"
+
+DEBIAN_WINE_64 = "/usr/lib/wine/wine64"
 
 # Texts of the boxes that end a launch, and their title.
 ERROR_TITLE = "Kestrune Error"
@@ -32,13 +39,28 @@ NO_VALID_VM = ("Could not find a valid Java virtual machine to load.\n\n"
                "You may need to reinstall a supported Java virtual machine.")
 
 
+def image_bits(program):
+    """32 or 64, as the machine in its header says."""
+    image = pathlib.Path(program).read_bytes()
+    (machine,) = struct.unpack_from("<H", image, struct.unpack_from("<I", image, 0x3C)[0] + 4)
+    return {0x14C: 32, 0x8664: 64}[machine]
+
+
+def own_fixtures():
+    """Those of the launcher's own bitness, for what is loaded into it. Stand-in VMs have 64 bits, as the VMs of today,
+    unless a test asks for others."""
+    return FIXTURES if image_bits(LAUNCHER) == 64 else FIXTURES_32
+
+
 def windows_path(path):
     """A path of this host as Windows programs see it."""
-    return "Z:" + str(path).replace("/", "\\")
+    return str(path) if ON_WINDOWS else "Z:" + str(path).replace("/", "\\")
 
 
 def host_path(path):
     """The way back, for paths on drive Z."""
+    if ON_WINDOWS:
+        return pathlib.Path(path)
     path = path.replace("\\", "/")
     assert path[:2].upper() == "Z:", path
     return pathlib.Path(path[2:])
@@ -78,13 +100,67 @@ def ryn(*arguments, code=0):
     return done.stdout or done.stderr
 
 
-class Host:
+class _Host:
+    """The Windows that programs run on."""
+
+    def __init__(self):
+        self.own_keys = set()
+        self.newest_run = None
+
+    def wine(self, *arguments, limit=120, check=True):
+        """Runs a Windows program to its end; its output goes nowhere, its exit code is returned."""
+        done = subprocess.run(self.command(*arguments), env=self.environment, timeout=limit, **self._no_streams())
+        assert not check or done.returncode == 0, (arguments, done.returncode)
+        return done.returncode
+
+    def signal(self, event, check=True):
+        """Sets a named event, such as the one that a stand-in VM waits for; says whether there was one."""
+        return self._request(f"signal={event}", check)
+
+    def post(self, title, message, wide=0, long=0):
+        """Posts a message to a window, as any program of the desktop can."""
+        self._request(f"post={message} {wide} {long} {title}")
+
+    def _request(self, line, check=True):
+        with tempfile.TemporaryDirectory() as folder:
+            request = pathlib.Path(folder) / "request"
+            request.write_bytes(f"{line}\n".encode("utf-16-le"))
+            return self.wine(FIXTURES / "runner.exe", windows_path(request), check=check) == 0
+
+    @staticmethod
+    def _no_streams():
+        return dict.fromkeys(("stdin", "stdout", "stderr"), subprocess.DEVNULL)
+
+
+class WindowsHost(_Host):
+    """Windows itself, with the desktop of whoever runs the tests."""
+
+    def __init__(self):
+        super().__init__()
+        self.environment = dict(os.environ)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *error):
+        pass
+
+    def command(self, program, *arguments):
+        return [str(program), *map(str, arguments)]
+
+    def elevates_all(self):
+        return bool(ctypes.windll.shell32.IsUserAnAdmin())
+
+    def system_folder(self, bits=64):
+        return pathlib.Path(os.environ["SystemRoot"]) / ("System32" if bits == 64 else "SysWOW64")
+
+
+class WineHost(_Host):
     """A Wine prefix and a display, both private to the tests."""
 
     def __init__(self):
+        super().__init__()
         self._exit = contextlib.ExitStack()
-        self.own_keys = set()
-        self.newest_run = None
         self.prefix = pathlib.Path(os.environ.get("WINEPREFIX", REPOSITORY / "build" / "wine"))
         # Little of this host may show in the environments that the tests look at.
         keep = ("PATH", "HOME", "USER", "LANG", "DISPLAY", "XAUTHORITY")
@@ -92,6 +168,10 @@ class Host:
         # File names are UTF-8. Without Mono and Gecko a fresh prefix asks nobody to install them.
         self.environment.update(LC_ALL="C.UTF-8", WINEPREFIX=str(self.prefix), WINEDEBUG="-all",
                                 WINEDLLOVERRIDES="mscoree,mshtml=")
+        # Where Wine for 32 bits is installed, Debian's script takes that, and with it the `reg` of 32 bits, say.
+        self._wine = "wine"
+        if os.access(DEBIAN_WINE_64, os.X_OK):
+            self._wine = self.environment["WINELOADER"] = DEBIAN_WINE_64
 
     def __enter__(self):
         with contextlib.ExitStack() as stack:
@@ -122,47 +202,33 @@ class Host:
         with os.fdopen(reader) as number:
             self.environment["DISPLAY"] = ":" + number.readline().strip()
 
-    @staticmethod
-    def _no_streams():
-        return dict.fromkeys(("stdin", "stdout", "stderr"), subprocess.DEVNULL)
+    def command(self, program, *arguments):
+        return [self._wine, str(program), *map(str, arguments)]
 
-    def wine(self, *arguments, limit=120, check=True):
-        """Runs a program of the prefix to its end; its output goes nowhere, its exit code is returned."""
-        done = subprocess.run(["wine", *map(str, arguments)], env=self.environment, timeout=limit,
-                              **self._no_streams())
-        assert not check or done.returncode == 0, (arguments, done.returncode)
-        return done.returncode
+    def elevates_all(self):
+        """Until its version 9 Wine gave an administrator's rights to all programs, since then to those that ask for them."""
+        version = subprocess.run(self.command("--version"), env=self.environment, capture_output=True, text=True).stdout
+        return int(version.removeprefix("wine-").split(".")[0]) < 9
 
-    def signal(self, event, check=True):
-        """Sets a named event, such as the one that a stand-in VM waits for; says whether there was one."""
-        return self._request(f"signal={event}", check)
-
-    def post(self, title, message, wide=0, long=0):
-        """Posts a message to a window, as any program of the desktop can."""
-        self._request(f"post={message} {wide} {long} {title}")
-
-    def _request(self, line, check=True):
-        with tempfile.NamedTemporaryFile("w", encoding="utf-16-le") as request:
-            request.write(line + "\n")
-            request.flush()
-            return self.wine(FIXTURES / "runner.exe", windows_path(request.name), check=check) == 0
-
-    def system_folder(self):
-        return self.prefix / "drive_c" / "windows" / "system32"
+    def system_folder(self, bits=64):
+        return self.prefix / "drive_c" / "windows" / ("system32" if bits == 64 else "syswow64")
 
 
-def install_stand_in(target, variant="sun_8", **settings):
+Host = WindowsHost if ON_WINDOWS else WineHost
+
+
+def install_stand_in(target, variant="sun_8", bits=64, **settings):
     """Puts a stand-in VM at `target`, a GUI program when its name ends in "w.exe". `settings` go into a file
     beside it, for VMs that are started without the variables of a run (record="...", exit=3)."""
     target = pathlib.Path(target)
     target.parent.mkdir(parents=True, exist_ok=True)
-    image = bytearray((FIXTURES / f"stand_in_{variant}.exe").read_bytes())
+    image = bytearray(((FIXTURES if bits == 64 else FIXTURES_32) / f"stand_in_{variant}.exe").read_bytes())
     subsystem = struct.unpack_from("<I", image, 0x3C)[0] + 24 + 68
     struct.pack_into("<H", image, subsystem, 2 if target.stem.lower().endswith("w") else 3)
     target.write_bytes(image)
     if settings:
         lines = (f"STAND_IN_{name.upper()}={value}\n" for name, value in settings.items())
-        (target.parent / "stand_in.txt").write_text("".join(lines), "utf-16-le")
+        (target.parent / "stand_in.txt").write_bytes("".join(lines).encode("utf-16-le"))
     return target
 
 
@@ -245,7 +311,7 @@ class Run:
         self.record_file = folder / "record"
         (folder / "temp").mkdir(parents=True)
         request = [("limit", int(limit * 1000)), ("report", windows_path(folder / "report")), *request]
-        (folder / "request").write_text("".join(f"{key}={value}\n" for key, value in request), "utf-16-le")
+        (folder / "request").write_bytes("".join(f"{key}={value}\n" for key, value in request).encode("utf-16-le"))
         with contextlib.ExitStack() as files:
             output, error = (files.enter_context(open(folder / name, "wb")) for name in ("stdout", "stderr"))
             if stdin is None:
@@ -254,7 +320,7 @@ class Run:
                 (folder / "stdin").write_bytes(stdin)
                 source = files.enter_context(open(folder / "stdin", "rb"))
             self._process = subprocess.Popen(
-                ["wine", FIXTURES / "runner.exe", windows_path(folder / "request")],
+                host.command(FIXTURES / "runner.exe", windows_path(folder / "request")),
                 env=host.environment | (host_environment or {}), stdin=source, stdout=output, stderr=error)
 
     def records(self):
@@ -335,6 +401,8 @@ class App:
         variables; `folder` the current folder (default: the application's); `stdin` bytes for standard
         input; `handles` False gives no standard handles. The rest tells the runner how to act as a user:
         see runner.cpp."""
+        if ON_WINDOWS and host_environment:
+            pytest.skip("only Wine takes this from its environment")
         run_folder = self._run_folder / str(next(self._numbers))
         temp = windows_path(run_folder / "temp")
         variables = {"Path": path, "TMP": temp, "TEMP": temp, "STAND_IN_RECORD": windows_path(run_folder / "record")}
@@ -362,11 +430,13 @@ class App:
 
 
 class Registry:
-    """Keys under HKEY_LOCAL_MACHINE that exist for one test."""
+    """Keys under HKEY_LOCAL_MACHINE, as the launcher sees it, that exist for one test."""
 
     def __init__(self, host, folder):
         self._host = host
         self._file = pathlib.Path(folder) / "registry.reg"
+        # Each has a view of its own.
+        self._reg = host.system_folder(image_bits(LAUNCHER)) / "reg.exe"
         self._tops = set()
 
     def add(self, keys):
@@ -376,7 +446,7 @@ class Registry:
             top = "\\".join(key.split("\\")[:2])
             if top not in self._host.own_keys:
                 # What is taken away afterwards must not have been there before.
-                assert self._host.wine("reg", "query", "HKLM\\" + top, check=False) != 0, f"{top} exists already"
+                assert self._host.wine(self._reg, "query", "HKLM\\" + top, check=False) != 0, f"{top} exists already"
                 self._host.own_keys.add(top)
             self._tops.add(top)
             lines.append(f"[HKEY_LOCAL_MACHINE\\{key}]")
@@ -393,4 +463,4 @@ class Registry:
     def _import(self, lines):
         text = "\r\n".join(["Windows Registry Editor Version 5.00", "", *lines, ""])
         self._file.write_bytes(text.encode("utf-16"))
-        self._host.wine("reg", "import", windows_path(self._file))
+        self._host.wine(self._reg, "import", windows_path(self._file))

@@ -20,7 +20,7 @@ def test_findings_on_windows(host, tmp_path, command):
         with zipfile.ZipFile(path, "w") as archive:
             archive.writestr(name, data if isinstance(data, bytes) else data.read_bytes())
     reports = []
-    for program in ["wine", harness.BUILD / "ryn" / "ryn.exe"], [RYN]:
+    for program in host.command(harness.BUILD / "ryn" / "ryn.exe"), [RYN]:
         done = subprocess.run([*program, *command, "--json"], env=host.environment, cwd=tmp_path, capture_output=True,
                               timeout=120)
         assert done.returncode == 1, done.stderr

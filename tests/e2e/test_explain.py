@@ -17,7 +17,7 @@ WM_CLOSE = 16
 @pytest.fixture
 def explain(app, host):
     def run(*arguments, program=None, code=0, **environment):
-        command = [program] if program else ["wine", WINDOWS_RYN]
+        command = [program] if program else host.command(WINDOWS_RYN)
         done = subprocess.run([*command, "explain", *map(str, arguments)], env=host.environment | environment,
                               cwd=app.folder, capture_output=True, timeout=120)
         assert done.returncode == code, done.stderr
@@ -72,7 +72,7 @@ def test_a_double_click_writes_the_report_to_the_desktop(app, host, request, tmp
     request.addfinalizer(lambda: move_desktop(r"%USERPROFILE%\Desktop"))
     move_desktop(windows_path(tmp_path))
     program = windows_path(shutil.copyfile(WINDOWS_RYN, app.folder / "support.exe"))
-    clicked = subprocess.Popen(["wine", "start", "/wait", program], env=host.environment, stdin=subprocess.DEVNULL,
+    clicked = subprocess.Popen(host.command("start", "/wait", program), env=host.environment, stdin=subprocess.DEVNULL,
                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     report = tmp_path / "hello-report.txt"
     wait_until(report.exists, "the report")

@@ -8,7 +8,7 @@ import shutil
 
 import pytest
 
-from harness import FIXTURES, install_stand_in, install_vm, windows_path
+from harness import LAUNCHER, image_bits, install_stand_in, install_vm, own_fixtures, windows_path
 
 TITLE = "Security Error"
 TEXT = ("The JVM used for this installer seems to have been installed in a unsecured location (non-admin user folder). "
@@ -21,12 +21,12 @@ def stand_in_libraries(host):
     """Puts the stand-ins into the system folder; only programs that are told so load them instead of Wine's own."""
     with contextlib.ExitStack() as stack:
         for name in ("authz", "netapi32"):
-            library = host.system_folder() / f"{name}.dll"
+            library = host.system_folder(image_bits(LAUNCHER)) / f"{name}.dll"
             kept = library.with_suffix(".kept")
             if not kept.exists():  # else an earlier run was cut short
                 library.rename(kept)
             stack.callback(kept.replace, library)
-            shutil.copyfile(FIXTURES / f"fake_{name}.dll", library)
+            shutil.copyfile(own_fixtures() / f"fake_{name}.dll", library)
         yield {"WINEDLLOVERRIDES": host.environment["WINEDLLOVERRIDES"] + ";authz,netapi32=n"}
 
 

@@ -2,7 +2,7 @@
 import re
 import shutil
 
-from harness import BUILD, FIXTURES, REPOSITORY, install_vm, read_facts, windows_path
+from harness import BUILD, FIXTURES, LAUNCHER, REPOSITORY, image_bits, install_vm, own_fixtures, read_facts, windows_path
 
 RT_GROUP_ICON, RT_MANIFEST = 14, 24
 
@@ -16,15 +16,16 @@ def test_imports_what_is_documented(image):
 
 def test_hardening(image):
     flags = image.OPTIONAL_HEADER
-    assert flags.IMAGE_DLLCHARACTERISTICS_HIGH_ENTROPY_VA and flags.IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE
+    bits = image_bits(LAUNCHER)
+    assert flags.IMAGE_DLLCHARACTERISTICS_HIGH_ENTROPY_VA == (bits == 64) and flags.IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE
     assert flags.IMAGE_DLLCHARACTERISTICS_NX_COMPAT
     # Without relocations the loader cannot move the program, whatever the flags say.
     assert not image.FILE_HEADER.IMAGE_FILE_RELOCS_STRIPPED and image.DIRECTORY_ENTRY_BASERELOC
-    assert (image.FILE_HEADER.Machine, flags.Subsystem) == (0x8664, 2)
+    assert (image.FILE_HEADER.Machine, flags.Subsystem) == ({32: 0x14C, 64: 0x8664}[bits], 2)
 
 
 def test_size(image):
-    assert len(image.__data__) <= 320 * 1024, "with all languages"
+    assert len(image.__data__) <= {32: 344, 64: 320}[image_bits(LAUNCHER)] * 1024, "with all languages"
 
 
 def test_resources(resources):
@@ -43,14 +44,14 @@ def test_planted_libraries_are_not_loaded(app):
     for folder in poisoned:
         folder.mkdir(exist_ok=True)
         for name in names:
-            shutil.copyfile(FIXTURES / "marker.dll", folder / f"{name}.dll")
+            shutil.copyfile(own_fixtures() / "marker.dll", folder / f"{name}.dll")
     marks = app.folder.parent / "marks"
     options = {"folder": poisoned[1], "path": windows_path(poisoned[2]), "env": {"MARKER_FILE": windows_path(marks)},
                # Wine would take its own libraries first.
                "host_environment": {"WINEDLLOVERRIDES": ",".join(names) + "=n,b"}}
 
     app.configure(ryn__nl__designer__jvm__securefolder__check="true")
-    vm = install_vm(app.folder.parent / "vm")
+    vm = install_vm(app.folder.parent / "vm", bits=image_bits(LAUNCHER))
     app.run(vm=vm, **options)
     assert app.run(**options).exit_code == 106  # with a box
     # What its own initialisers ask Windows for needs this one. Other programs would not live without it.

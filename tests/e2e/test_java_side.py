@@ -6,7 +6,7 @@ import subprocess
 
 import pytest
 
-from harness import BUILD, ryn, windows_path
+from harness import BUILD, LAUNCHER, ryn, windows_path
 
 VERSIONS = [11, 17, 21, 25]
 # Wine answers a question about processor groups with less than new runtimes expect.
@@ -76,14 +76,16 @@ def test_arguments_of_a_user(make_plain, runtime, text, expected):
     assert told(app.run(text, vm=runtime(17) / "bin" / "java.exe"))[0] == expected
 
 
-def test_elevated_start_reads_no_options_of_a_user(make_plain, runtime, tmp_path):
+@pytest.mark.parametrize("level, options", [("requireAdministrator", QUIET), ("asInvoker", f"{QUIET} -Dmine=1")])
+def test_elevated_start_reads_no_options_of_a_user(host, make_plain, runtime, tmp_path, level, options):
+    if level == "asInvoker" and host.elevates_all():
+        pytest.skip("every program has an administrator's rights here")
     app = make_plain("app", ryn__user__options="app.vmoptions")
     (app.folder / "app.vmoptions").write_text("-Dmine=1")
-    # Until its version 9 Wine gave these rights to all programs, since then to those that ask for them.
-    ryn("make", "--name", "Admin", "--out", tmp_path / "admin", "--main", "Plain", "--level", "requireAdministrator", code=1)
-    shutil.copy(tmp_path / "admin" / "Admin.exe", app.program)
+    ryn("make", "--name", "Own", "--out", tmp_path / "own", "--main", "Plain", "--level", level, "--launcher", LAUNCHER, code=1)
+    shutil.copy(tmp_path / "own" / "Own.exe", app.program)
     result = app.run(vm=runtime(17) / "bin" / "java.exe")
-    assert "mine" not in told(result)[1] and f"{QUIET} -classpath" in result.logged("cmd")
+    assert ("mine" in told(result)[1]) == ("mine" in options) and f"{options} -classpath" in result.logged("cmd")
 
 
 def test_nothing_is_left_behind(make_plain, runtime):

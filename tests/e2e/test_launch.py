@@ -3,7 +3,7 @@ import re
 
 import pytest
 
-from harness import NO_VALID_VM, host_path, install_stand_in, install_vm, windows_path
+from harness import LAUNCHER, NO_VALID_VM, host_path, image_bits, install_stand_in, install_vm, windows_path
 
 OPENS = "--add-opens java.base/jdk.internal.loader=ALL-UNNAMED"
 NATIVE = "--enable-native-access=ALL-UNNAMED"
@@ -137,7 +137,8 @@ def test_without_standard_handles(app):
 
 
 def test_temporary_properties(app):
-    vm = install_vm(app.folder.parent / "größe 文")
+    # Between bitnesses Windows changes variables of its own.
+    vm = install_vm(app.folder.parent / "größe 文", bits=image_bits(LAUNCHER))
     result = app.run(vm=vm, env={"MiXed": "C:\\dir\\ü文", "plain": "a=b"})
     lines = result.temp_lines
     escaped = windows_path(vm).replace("\\", "\\\\").replace("ö", "\\u00f6").replace("ß", "\\u00df")

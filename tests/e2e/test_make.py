@@ -78,7 +78,7 @@ def test_a_signed_program_runs_and_is_not_branded_again(app, branded, tmp_path):
     shutil.copyfile(signed, app.program)
     assert app.run(vm=install_vm(app.folder / "vm"), env={"STAND_IN_EXIT": "7"}).exit_code == 7
     for signature in "valid", "invalid":
-        explained = subprocess.run(["wine", BUILD / "ryn" / "ryn.exe", "explain", app.program, "--json"],
+        explained = subprocess.run(app.host.command(BUILD / "ryn" / "ryn.exe", "explain", app.program, "--json"),
                                    env=app.host.environment, capture_output=True)
         assert json.loads(explained.stdout)["application"]["launcher"]["signature"] == signature
         app.program.write_bytes(app.program.read_bytes().replace(b"DOS mode", b"DOS Mode", 1))

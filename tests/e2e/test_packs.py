@@ -10,7 +10,7 @@ from pyftpdlib.authorizers import DummyAuthorizer
 from pyftpdlib.handlers import DTPHandler, FTPHandler
 from pyftpdlib.servers import ThreadedFTPServer
 
-from harness import (ERROR_TITLE, FIXTURES, LIMIT_SECONDS, NO_VALID_VM, SYSTEM_PATH, Run, install_vm, wait_until,
+from harness import (ERROR_TITLE, LIMIT_SECONDS, NO_VALID_VM, Run, install_vm, own_fixtures, wait_until,
                      windows_path)
 from pack_server import archive, serve, without_vm, write_options
 
@@ -78,7 +78,7 @@ def probe(host, hold, tmp_path):
 
     def start(*arguments, press="yes"):
         hold.shows = "progress" in arguments and "quiet" not in arguments
-        command = " ".join(f'"{argument}"' for argument in (windows_path(FIXTURES / "pack_probe.exe"), *arguments))
+        command = " ".join(f'"{argument}"' for argument in (windows_path(own_fixtures() / "pack_probe.exe"), *arguments))
         request = [("command", command), ("handles", "own"), ("press", press)]
         runs.append(Run(host, tmp_path / f"run{len(runs)}", request, None, LIMIT_SECONDS, None))
         return runs[-1]

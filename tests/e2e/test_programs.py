@@ -45,7 +45,7 @@ def fetched(name):
 
 def java(app, *arguments):
     """Java itself, the one beside the application, in its folder."""
-    return subprocess.Popen(["wine", app.folder / "jre" / "bin" / "java.exe", *arguments], cwd=app.folder,
+    return subprocess.Popen(app.host.command(app.folder / "jre" / "bin" / "java.exe", *arguments), cwd=app.folder,
                             env=app.host.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
 

@@ -9,7 +9,7 @@ import zipfile
 import pytest
 import Xlib.display
 
-from harness import LIMIT_SECONDS, windows_path
+from harness import LIMIT_SECONDS, ON_WINDOWS, windows_path
 
 WM_CLOSE = 0x10
 VERSIONS = [11, 17, 21, 25]
@@ -76,6 +76,7 @@ def width_of_window(display, title):
             display.next_event()
 
 
+@pytest.mark.skipif(ON_WINDOWS, reason="looks at Wine's display")
 @pytest.mark.parametrize("version", [17, 25])
 def test_window(host, java_app, runtime, version):
     title = f"Fenster {version}"

@@ -55,7 +55,7 @@ def test_an_application_is_made_checked_and_started(release, hello, host, runtim
     app = App(host, out, "Hello")
     result = app.run('"two words" exit=42', limit=120)
     assert (result.exit_code, result.boxes) == (42, []) and b"[two words]" in result.stdout
-    report = json.loads(run("wine", release / "ryn.exe", "explain", "--json", app.program, env=host.environment))
+    report = json.loads(run(*host.command(release / "ryn.exe", "explain", "--json", app.program), env=host.environment))
     assert report["program"].startswith(app.windows_folder() + "\\jre\\bin\\java")
 
 

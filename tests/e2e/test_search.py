@@ -2,7 +2,7 @@
 are tables of the unit tests."""
 import pytest
 
-from harness import SYSTEM_PATH, install_stand_in, install_vm, windows_path
+from harness import LAUNCHER, SYSTEM_PATH, image_bits, install_stand_in, install_vm, windows_path
 
 JAVASOFT = "SOFTWARE\\JavaSoft\\"
 LIST = "ryn__nl__valid__vm__list"
@@ -28,14 +28,14 @@ def chosen(app):
 def test_registry_and_path(app, registry, chosen):
     base = app.folder.parent
     for name, variant in (("registered", "sun_8"), ("eight", "sun_8"), ("seventeen", "ibm_17")):
-        install_vm(base / name, variant, compiler=name == "seventeen")
+        install_vm(base / name, variant, bits=image_bits(LAUNCHER), compiler=name == "seventeen")
     # Read with its minor number, which old versions need.
     registry.add({JAVASOFT + "JRE\\1.8.0_5000": {"JavaHome": windows_path(base / "registered"), "MicroVersion": "0"},
                   JAVASOFT + "JRE\\1.7.0": {"JavaHome": windows_path(base / "eight")}})
     assert chosen("eight", "seventeen") == "seventeen"
     assert chosen("eight", "seventeen", **{LIST: "jre"}) == "registered"
     assert chosen("eight", "seventeen", **{LIST: "MSJ  JRE_J2 ALL", HIGH: "0"}) == "eight"
-    # A 64-bit launcher gives every VM that it finds the class that 1, which is the default, does not admit.
+    # A launcher gives VMs of its own bitness the class that 1, which is the default, does not admit.
     assert chosen(ryn__nl__win32__java__launcher__platform=None) is None
 
 

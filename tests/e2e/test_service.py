@@ -21,7 +21,7 @@ def service(host, app):
     def run(*steps, tail="", limit=180):
         name = f"ryn-{uuid.uuid4().hex[:8]}"
         command = f'"{windows_path(app.program)}" -tqrynservice {name} {tail}'.rstrip()
-        done = subprocess.run(["wine", FIXTURES / "service_driver.exe", name, command, *steps],
+        done = subprocess.run(host.command(FIXTURES / "service_driver.exe", name, command, *steps),
                               env=host.environment | {"WINEDEBUG": "-all,err+eventlog"}, capture_output=True,
                               text=True, timeout=limit)
         assert done.returncode == 0, done.stdout

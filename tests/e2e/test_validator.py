@@ -57,7 +57,7 @@ def test_real_runtimes(host, app, registry, runtime):
         host.wine(home / "bin" / "java.exe", "-version")
     registry.add({JDK + version: {"JavaHome": windows_path(home)} for version, home in homes.items()})
     (app.folder / "jvmspecs").mkdir()
-    subprocess.run([REPOSITORY / "samples" / "verify" / "build.sh", app.folder / "jvmspecs"], check=True, timeout=120)
+    subprocess.run(["sh", REPOSITORY / "samples" / "verify" / "build.sh", app.folder / "jvmspecs"], check=True, timeout=120)
     for tokens, expected in (("21+ 17+", "21.0.8"), ("18-20 temurin,11-17", "17.0.9")):
         # Any class will do: this one ends with 2 when it gets what an application gets.
         app.configure(ryn__class__path=r"jvmspecs\Verify.jar", ryn__nl__java__launcher__main__class=VALIDATOR,
