@@ -13,8 +13,6 @@ std::wstring resolve(const std::wstring& path, const std::wstring& folder) {
 
 void setVerbosity(const std::wstring& text, LaunchRequest& request) {
   request.verbose = !text.empty();
-  request.verbosityOption.clear();
-  request.diagnostics.clear();
   if (!request.verbose) return;
 
   const std::wstring choice = lowerCase(text);
@@ -89,7 +87,6 @@ void LaunchRequest::fillFromProperties(const LaunchFacts& facts, LaunchRequest& 
   if (facts.service) request.additionalOptions += L" -Xrs";
   request.classpath = splitClasspath(classPath(properties, facts.environment), folder);
 
-  request.applicationArguments.clear();
   for (size_t i = 1; i < facts.arguments.size(); ++i) {
     request.applicationArguments.push_back(facts.arguments[i]);
   }

@@ -489,6 +489,43 @@ TEST_F(ResolveVmTest, APlanSaysWhatALaunchDoes) {
   plan = planFor(lines);
   EXPECT_EQ(plan.refusal, LaunchRefusal::kVmTooOld);
   EXPECT_EQ(plan.program, L"C:\\ms\\wjview.exe");
+  EXPECT_EQ(planFor(L"ryn.nl.win32.microsoftvm.min.version=3810").refusal, LaunchRefusal::kNone);
+  machine_.resources.clear();
+  EXPECT_EQ(planFor(L"").refusal, LaunchRefusal::kNone);
+  EXPECT_EQ(planFor(L"ryn.nl.win32.microsoftvm.min.version=1").refusal, LaunchRefusal::kVmTooOld);
+}
+
+TEST_F(ResolveVmTest, APlanReadsItsProperties) {
+  registerVm(std::wstring(kJre) + L"17.0.2", L"C:\\jre17");
+  resolve();
+  const struct {
+    const wchar_t* verbose;
+    bool isOn;
+    std::wstring option, diagnostics;
+  } rows[] = {{L"", false, L"", L""},
+              {L"Normal", true, L"", L""},
+              {L"all", true, L"", L""},
+              {L"GC", true, L"gc", L""},
+              {L"class", true, L"class", L""},
+              {L"none", false, L"", L""},
+              {L"x", false, L"", L"invalid verbosity selection 'x', disabling verbosity.\n"}};
+  for (const auto& row : rows) {
+    const LaunchRequest request = planFor(concat({L"ryn.nl.java.option.verbose=", row.verbose})).request;
+    EXPECT_EQ(std::tie(request.verbose, request.verbosityOption, request.diagnostics),
+              std::tie(row.isOn, row.option, row.diagnostics))
+        << std::wstring(row.verbose);
+  }
+  const std::pair<const wchar_t*, bool> flags[] = {
+      {L"TRUE", true}, {L"on", true}, {L"t", true}, {L"yes", false}};
+  for (const auto& [text, isOn] : flags) {
+    EXPECT_EQ(planFor(concat({L"ryn.nl.java.option.debugging=", text})).request.debugging, isOn)
+        << std::wstring(text);
+  }
+  ryn_ = L"C:\\app\\hello.ryn";
+  for (const auto& [text, folder] :
+       {std::pair{L"", L"D:\\"}, {L"C:/x", L"C:/x"}, {L"x/y", L"C:\\app\\x\\y"}}) {
+    EXPECT_EQ(planFor(concat({L"ryn.user.dir=", text})).request.workingDirectory, folder);
+  }
 }
 
 TEST_F(ResolveVmTest, APlanTellsTheJavaSideWhatItAsksFor) {
