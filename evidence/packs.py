@@ -233,26 +233,32 @@ def many_packs():
 
 def names(outside):
     """Names of every kind; the absolute ones lead into the folder `outside`, as Windows and this system write it."""
-    yield from (b"", b".", b"..", b"...", b"/", b"\\", b"//", b"a/", b"a//b", b"a\\b", b"a/./b", b"./a", b"a/.", b"a/..", b"a\\..",
-                b"../up", b"..\\up", b"../../up", b"..\\..\\..\\up", b"a/../up", b"a/../../up", b"a\\..\\/../up", b"a/..\\up",
-                b".. /up", b"..../up", b"a/.. /up", b"a/... /up", b"../jvmspecs/planted", b"..\\downloadIntermediary\\planted",
-                b"../resource/planted", b"../../hello.exe.planted", b"..", b"../", b"..//up", b"../../")
-    yield from (b"C:", b"C:up", b"C:/up", b"C:\\up", b"c:\\..\\up", b"C:C:up", b"/C:/up", b"Z:/up", b"\\\\server\\share\\up",
-                b"//server/share/up", b"\\\\?\\C:\\up", b"\\\\.\\pipe\\up", b"\\??\\C:\\up", b"file:///up", b"1:2:3", b":", b"::",
-                b"/etc/up", b"\\windows\\up", b"%TEMP%\\up", b"~/up", b"$HOME/up")
-    yield from (b"NUL", b"nul.txt", b"CON", b"AUX", b"PRN", b"COM9", b"LPT9", b"CONIN$", b"CONOUT$", b"CLOCK$", b"a/NUL", b"NUL/a",
-                b"NUL:", b"COM9:", b"bin/NUL")
+    yield from (b"", b".", b"..", b"...", b"/", b"\\", b"//", b"a/", b"a//b", b"a\\b", b"a/./b", b"./a", b"a/.",
+                b"a/..", b"a\\..", b"../up", b"..\\up", b"../../up", b"..\\..\\..\\up", b"a/../up", b"a/../../up",
+                b"a\\..\\/../up", b"a/..\\up", b".. /up", b"..../up", b"a/.. /up", b"a/... /up",
+                b"../jvmspecs/planted", b"..\\downloadIntermediary\\planted", b"../resource/planted",
+                b"../../hello.exe.planted", b"..", b"../", b"..//up", b"../../")
+    yield from (b"C:", b"C:up", b"C:/up", b"C:\\up", b"c:\\..\\up", b"C:C:up", b"/C:/up", b"Z:/up",
+                b"\\\\server\\share\\up", b"//server/share/up", b"\\\\?\\C:\\up", b"\\\\.\\pipe\\up",
+                b"\\??\\C:\\up", b"file:///up", b"1:2:3", b":", b"::", b"/etc/up", b"\\windows\\up", b"%TEMP%\\up",
+                b"~/up", b"$HOME/up")
+    yield from (b"NUL", b"nul.txt", b"CON", b"AUX", b"PRN", b"COM9", b"LPT9", b"CONIN$", b"CONOUT$", b"CLOCK$",
+                b"a/NUL", b"NUL/a", b"NUL:", b"COM9:", b"bin/NUL")
     yield from (b"a:stream", b"bin/java.exe:stream", b"a::$DATA", b"bin::$INDEX_ALLOCATION", b"a:b:c")
-    yield from (b"dot.", b"dots...", b"blank ", b"blanks   ", b" before", b"a./b", b"a /b", b"?", b"*", b"<>", b"\"quoted\"", b"a|b",
-                b"tab\t", b"line\nline", b"\r\n", b"\1\2\3", b"\x7f", b"nul\0hidden", b"\0", b"bin/java.exe\0.txt")
-    yield from ("größe".encode(), "中文".encode(), "\U0001f600".encode(), b"\xff\xfe", b"\xc0\xae\xc0\xae/up", b"\xc0\xafup",
-                b"\xed\xa0\x80", b"\xed\xb0\x80", b"\xf8\x88\x80\x80\x80", b"gr\xf6\xdfe", "\u202eexe.txt".encode(), "\u2024\u2024/up".encode(),
-                "\uff0e\uff0e/up".encode(), "\u2215up".encode(), "e\u0301".encode(), "\ufeffbom".encode(), b"\xc3", b"a\xe4/b")
-    yield from (b"n" * 259, b"n" * 260, b"n" * 261, b"n" * 1000, b"n" * 65_535, b"d/" * 129 + b"n", b"d/" * 130 + b"n", b"d/" * 3000,
-                b"n" * 255 + b"/n", b"n" * 256 + b"/n", "中".encode() * 86, "中".encode() * 255, "\U0001f600".encode() * 130)
-    yield from (b"vm.zip", b"VM.ZIP", b"vm.zip/", b"vm.zip/a", b"./vm.zip", b"a/../vm.zip", b"vm.zip.", b"vm.properties", b"vm.properties/a",
-                b"bin", b"bin/java.exe", b"BIN/JAVA.EXE", b"bin/java.exe/a", b"jre", b"jre/bin/java.exe", b"ryn.unpacking", b"RYN.UNPACKING",
-                b"ryn.unpacking/a", b"downloadIntermediary/a", b"jvmspecs.properties", b"Windows/a", b"desktop.ini", b"autorun.inf")
+    yield from (b"dot.", b"dots...", b"blank ", b"blanks   ", b" before", b"a./b", b"a /b", b"?", b"*", b"<>",
+                b"\"quoted\"", b"a|b", b"tab\t", b"line\nline", b"\r\n", b"\1\2\3", b"\x7f", b"nul\0hidden", b"\0",
+                b"bin/java.exe\0.txt")
+    yield from ("größe".encode(), "中文".encode(), "\U0001f600".encode(), b"\xff\xfe", b"\xc0\xae\xc0\xae/up",
+                b"\xc0\xafup", b"\xed\xa0\x80", b"\xed\xb0\x80", b"\xf8\x88\x80\x80\x80", b"gr\xf6\xdfe",
+                "\u202eexe.txt".encode(), "\u2024\u2024/up".encode(), "\uff0e\uff0e/up".encode(),
+                "\u2215up".encode(), "e\u0301".encode(), "\ufeffbom".encode(), b"\xc3", b"a\xe4/b")
+    yield from (b"n" * 259, b"n" * 260, b"n" * 261, b"n" * 1000, b"n" * 65_535, b"d/" * 129 + b"n",
+                b"d/" * 130 + b"n", b"d/" * 3000, b"n" * 255 + b"/n", b"n" * 256 + b"/n", "中".encode() * 86,
+                "中".encode() * 255, "\U0001f600".encode() * 130)
+    yield from (b"vm.zip", b"VM.ZIP", b"vm.zip/", b"vm.zip/a", b"./vm.zip", b"a/../vm.zip", b"vm.zip.",
+                b"vm.properties", b"vm.properties/a", b"bin", b"bin/java.exe", b"BIN/JAVA.EXE", b"bin/java.exe/a",
+                b"jre", b"jre/bin/java.exe", b"ryn.unpacking", b"RYN.UNPACKING", b"ryn.unpacking/a",
+                b"downloadIntermediary/a", b"jvmspecs.properties", b"Windows/a", b"desktop.ini", b"autorun.inf")
     linux, windows = os.fsencode(outside), harness.windows_path(outside).encode()
     for start in (b"a/../", b"a\\..\\", b"/../", b"a/../../b/../"):
         yield from (start + linux + b"/up", start + windows + b"\\up", start + windows.replace(b"\\", b"/") + b"/sub/up")
@@ -293,10 +299,11 @@ def corpus_packs(inputs):
     for number, content in enumerate(inputs):
         mode, rest = content[:1], content[1:]
         if mode == b"n":
-            yield Pack(f"corpus {number}, a name", pack_of(zip_of([*VM, Entry(rest[:65_535], b"x")]), before=[Entry(rest[:65_535], b"x")]))
+            entry = Entry(rest[:65_535], b"x")
+            yield Pack(f"corpus {number}, a name", pack_of(zip_of([*VM, entry]), before=[entry]))
         elif mode == b"x":
-            yield Pack(f"corpus {number}, an extra field", pack_of(zip_of([*VM, Entry(b"x", b"x", extra=rest[:65_535])]),
-                                                                  before=[Entry(b"x", b"x", extra=rest[:65_535])]))
+            entry = Entry(b"x", b"x", extra=rest[:65_535])
+            yield Pack(f"corpus {number}, an extra field", pack_of(zip_of([*VM, entry]), before=[entry]))
         else:
             yield Pack(f"corpus {number} as the pack", rest)
             yield Pack(f"corpus {number} as the runtime", pack_of(rest))
@@ -343,7 +350,7 @@ def leads_to(content, *folders):
     for name in {entry_name(name) for name in stored_names(content)}:
         for folder in folders:
             place = posixpath.normpath(f"{folder}/{name}".replace("\\", "/"))
-            if not place.startswith(folder + "/") or place.endswith("/ryn.unpacking"):
+            if not place.startswith(folder + "/") or place.lower().endswith("/ryn.unpacking"):
                 found.add(plain(place))
     return found
 
@@ -396,7 +403,8 @@ class Lane:
             return "started" if code == 7 else "unexplained"
         *before, (title, text) = boxes
         failure = [(self.english[fetching.EXTRACTION_ERROR_TITLE], self.english[fetching.NO_EXTRACTION])]
-        digest = [("MD5 Checksum Verification", "Warning!! MD5 checksum verification for downloaded JVM failed\nInstaller exiting...")]
+        digest = [("MD5 Checksum Verification",
+                   "Warning!! MD5 checksum verification for downloaded JVM failed\nInstaller exiting...")]
         no_vm = (code, title) == (106, self.english[fetching.ERROR_TITLE]) and text.startswith(self.english[fetching.NO_VM])
         if no_vm and (before in (failure, digest) if shows else not before):
             return "refused"
@@ -421,7 +429,8 @@ class Lane:
                 continue
             if path == by_way and any(other.startswith(by_way + "/") for other in found):
                 continue
-            if path.startswith(by_way + "/") and (path[len(by_way) + 1:] not in ("vm.zip", "vm.properties") or found[path] < 0):
+            inside = path.removeprefix(by_way + "/")
+            if inside != path and (inside not in ("vm.zip", "vm.properties") or found[path] < 0):
                 continue
             # A name can lead one folder up.
             places = leads_to(pack.content, by_way, runtime) if places is None else places
@@ -456,10 +465,11 @@ def rows(bench):
     kinds = [
         Kind("Packs from the fuzzer", origin + ", as the pack, as the runtime in it, as a name and as an extra field",
              list(corpus_packs(inputs))),
-        Kind("Packs cut short", "at every 64th byte, stored and deflated, one in eight with its digest verified too", list(cut_packs())),
+        Kind("Packs cut short", "at every 64th byte, stored and deflated, one in eight with its digest verified too",
+             list(cut_packs())),
         Kind("Sizes, counts and places that lie", "each such field of each header of both archives", list(lying_packs())),
-        Kind("Names of every kind", "parents, drives, devices, streams, bad UTF-8, names up to 65,535 bytes, those of the pack's own"
-             " parts; as files, folders and read-only", list(named_packs(outside_folder))),
+        Kind("Names of every kind", "parents, drives, devices, streams, bad UTF-8, names up to 65,535 bytes, those of the"
+             " pack's own parts; as files, folders and read-only", list(named_packs(outside_folder))),
         Kind("Bombs", f"up to 10 GiB from a pack of 40 KB, on a disk of {VOLUME >> 20} MiB", list(bomb_packs())),
         Kind("65,536 entries", "in the runtime, under one name, unreadable, or only claimed", list(many_packs())),
     ]
@@ -485,7 +495,8 @@ def rows(bench):
 
         def sound(row):
             """A sound pack goes on to start its VM, whatever was fetched before it."""
-            for end, *_ in pool.map(launch, [Pack("sound", good, room=room) for room in (True, False)] * LANES, [True] * 2 * LANES):
+            packs = [Pack("sound", good, room=room) for room in (True, False)] * LANES
+            for end, *_ in pool.map(launch, packs, [True] * len(packs)):
                 row.expect(end == "started", f"a sound pack was {end}")
 
         outside = Outside(bench, outside_folder)
@@ -496,7 +507,8 @@ def rows(bench):
             for start in range(0, len(kind.packs), AT_ONCE):
                 packs = kind.packs[start:start + AT_ONCE]
                 if kind is kinds[0]:
-                    safe = [pack for pack in packs if not any(is_absolute(entry_name(name)) for name in stored_names(pack.content))]
+                    safe = [pack for pack in packs
+                            if not any(is_absolute(entry_name(name)) for name in stored_names(pack.content))]
                     left_out, packs = left_out + len(packs) - len(safe), safe
                 for end, seconds, peak, broken in pool.map(launch, packs, [number % 10 == 0 for number in range(len(packs))]):
                     ends[end] += 1
@@ -515,12 +527,15 @@ def rows(bench):
             words = ", ".join(f"{count:,} {end}" for end, count in ends.most_common())
             row.outcome = f"{words}; slowest {slowest:.1f} s; memory at most {memory / (1 << 20):.1f} MiB"
             if left_out:
-                row.outcome += f"; {left_out} left out, because a name in them leads to a place of this machine"
+                row.outcome += f"; {left_out} of them left out, because a name in them leads to a place of this machine"
             if led:
-                row.outcome += f"; absolute names behind a parent led where the documents say, {len(led)} files and folders"
+                row.outcome += f"; absolute names behind a parent led where the documents say ({len(led)} files and folders)"
             yield row
-        yield Row("All of them", f"{done:,} packs", f"memory at most {worst / (1 << 20):.1f} MiB of the {MOST_MEMORY >> 20} allowed",
-                  "streams and short names, which Wine's disks do not have; Windows' Internet cache, of which Wine's keeps every pack",
+        yield Row("All of them", f"{done:,} packs",
+                  f"memory at most {worst / (1 << 20):.1f} MiB of the {MOST_MEMORY >> 20} allowed; a sound pack started its"
+                  " VM after each kind",
+                  "streams of files, which Wine's disks do not have; what Windows' Internet cache keeps, of which Wine's"
+                  " keeps every pack",
                   [] if done >= LEAST else [f"fewer than {LEAST:,} packs"])
 
 
