@@ -98,7 +98,7 @@ start_display() {
   local number='' pipe=$build/display.pipe
   rm -f "$pipe"
   mkfifo "$pipe"
-  Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3<>"$pipe" >"$logs/display.log" 2>&1 </dev/null &
+  Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3<>"$pipe" >"$logs/display.log" 2>&1 </dev/null &
   display_pid=$!
   read -r -t 60 number <>"$pipe" || true
   rm -f "$pipe"

@@ -195,7 +195,7 @@ class WineHost(_Host):
     def _start_display(self, stack):
         reader, writer = os.pipe()
         display = subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x1024x24", "-nolisten",
-                                    "tcp"], pass_fds=[writer], **self._no_streams())
+                                    "tcp", "-noreset"], pass_fds=[writer], **self._no_streams())
         stack.callback(display.wait, 20)
         stack.callback(display.terminate)
         os.close(writer)
