@@ -54,7 +54,6 @@ VmVersion versionFromLayout(const std::wstring& folder, const std::wstring& lowe
   // The browser plug-in of the same installation is more exact.
   const std::wstring runtime = kind == VmKind::kJre ? folder : folder + L"\\..\\jre\\bin";
   const std::wstring plugin = runtime + L"\\NPJava32.dll";
-  if (!probe.exists(plugin)) return version;
   const auto product = probe.versionResource(plugin).productVersion;
   if (!product) return version;
   const auto [a, b, c, d] = *product;

@@ -280,6 +280,7 @@ TEST_F(ResolveVmTest, AsksTheValidatorOnlyWhereThereIsOne) {
 }
 
 TEST_F(ResolveVmTest, LooksIntoHintedPlaces) {
+  machine_.vm(L"C:\\app", {25, 0, 0, 0});
   machine_.vm(L"C:\\app\\one", {11, 0, 0, 0});
   machine_.vm(L"C:\\two\\bin", {12, 0, 0, 0});
   machine_.vm(L"C:\\three\\jre\\bin", {13, 0, 0, 0});
@@ -289,15 +290,20 @@ TEST_F(ResolveVmTest, LooksIntoHintedPlaces) {
   machine_.value(L"HKCU\\Software\\Adoptium\\JDK\\16\\hotspot\\MSI", L"Path", L"C:\\two\\");
   machine_.value(L"HKCU\\Software\\Zulu\\zulu-17", L"InstallationPath", L"C:\\three");
   machine_.value(L"HKCU\\Software\\Plain", L"", L"%Two%");
+  machine_.value(L"HKCU\\Software\\Percent", L"", L"%Two%\\bin");
+  machine_.value(L"HKCU\\Software\\Quote", L"", L"\"C:\\two\"\\bin");
   machine_.value(L"HKCU\\Software\\Names", L"JavaHome", L"17");
   machine_.value(L"HKCU\\Software\\Names", L"Path", L"C:\\two");
-  environment_ = {
-      {L"Two", L"C:\\two"}, {L"LIST", L"C:\\none;\"C:\\three\";C:\\two"}, {L"LEAF", L"two"}, {L"EMPTY", L""}};
+  environment_ = {{L"Two", L"C:\\two"},
+                  {L"LIST", L"C:\\none;;\"C:\\three\";C:\\two"},
+                  {L"LEAF", L"two"},
+                  {L"EMPTY", L""}};
   const std::pair<std::wstring, const wchar_t*> rows[] = {
       {hints(L"one"), L"C:\\app\\one"},
       {hints(L"./x/../one"), L"C:\\app\\one"},
       {hints(L"C:\\two\\"), L"C:\\two"},
       {hints(L"C:\\two\\bin\\java.exe"), L"C:\\two"},
+      {hints(L"C:\\two\\bin\\javaw.exe"), L""},
       {hints(L"C:\\three"), L"C:\\three\\jre"},
       {hints(L"%TWO%"), L"C:\\two"},
       {hints(L"C:\\%LEAF%\\"), L"C:\\two"},
@@ -308,12 +314,20 @@ TEST_F(ResolveVmTest, LooksIntoHintedPlaces) {
       {hints(L"C:\\*\\jdk-14"), L"C:\\four\\jdk-14"},
       {hints(L"C:\\four\\jdk*4\\bin"), L"C:\\four\\jdk-14"},
       {L"JVM_EXE: javaw\n" + hints(L"C:\\two"), L"C:\\two"},
+      {L"JVM_EXE: javaw.exe\n" + hints(L"C:\\two"), L"C:\\two"},
+      {L"PLATFORM_HINT:\nAll\n/:\n" + hints(L"C:\\two"), L"C:\\two"},
+      {L"PLATFORM_HINT:\nany\n/:\n" + hints(L"C:\\two"), L"C:\\two"},
+      {L"PLATFORM_HINT:\nLinux\n*\n/:\n" + hints(L"C:\\two"), L"C:\\two"},
+      {L"PLATFORM_HINT:\nWindows XP\n/:\n" + hints(L"C:\\two"), L"C:\\two"},
+      {L"PLATFORM_HINT:\nDarwin\n/:\n" + hints(L"C:\\two"), L""},
       {L"JVM_EXE: jdk-14/bin/java\n" + hints(L"C:\\four"), L"C:\\four\\jdk-14"},
       {L"JVM_EXE: other\n" + hints(L"C:\\five"), L"C:\\five"},
       {hints(L"\\HKEY_CURRENT_USER\\Software\\Adoptium\\JDK\\*\\hotspot\\MSI"), L"C:\\two"},
       {hints(L"\\HKEY_CURRENT_USER\\Software\\*\\*\\hotspot\\MSI"), L""},
       {hints(L"\\HKEY_CURRENT_USER\\Software\\Zulu"), L"C:\\three\\jre"},
       {hints(L"\\HKEY_CURRENT_USER\\Software\\Plain"), L"C:\\two"},
+      {hints(L"\\HKEY_CURRENT_USER\\Software\\Percent"), L"C:\\two"},
+      {hints(L"\\HKEY_CURRENT_USER\\Software\\Quote"), L"C:\\two"},
       {hints(L"\\HKEY_CURRENT_USER\\Software\\Names"), L"C:\\two"},
       {hints(L"\\HKEY_CURRENT_USER\\Software\\None"), L""},
       {hints(L"\\HKEY_CURRENT_USER"), L""},
@@ -324,6 +338,11 @@ TEST_F(ResolveVmTest, LooksIntoHintedPlaces) {
     describe(description);
     EXPECT_EQ(chosen(), home) << testing::PrintToString(description);
   }
+  // One place by two names, and a second description, which nobody asks any more.
+  jvmspecs_.clear(), descriptions_ = 0;
+  describe(hints(L"\\HKEY_CURRENT_USER\\Software\\Plain\nC:\\two\\bin"));
+  describe(hints(L"C:\\three"));
+  EXPECT_EQ(resolve(), L"description chosen C:\\two 12.0\ndescription duplicate C:\\two\\bin 0.0\n");
 }
 
 TEST_F(ResolveVmTest, WalksWhenNoHintHelps) {
@@ -528,6 +547,36 @@ TEST_F(ResolveVmTest, APlanReadsItsProperties) {
   }
 }
 
+TEST_F(ResolveVmTest, APlanWritesEveryOption) {
+  registerVm(std::wstring(kJre) + L"1.8.0", L"C:\\jre8");
+  machine_.file(L"C:\\old\\bin\\jrew.exe");
+  const std::wstring name = L"ryn.nl.java.option.", heap = name + L"java.heap.size.",
+                     collector = name + L"garbage.collection.";
+  const std::wstring lines = concat({heap, L"initial=1\n", heap, L"max=2k\n", name, L"verbose=GC\n", name,
+                                     L"debugging=t\n", collector, L"background.thread=t\n", collector,
+                                     L"extent=x\n", name, L"compiler=t\n", name, L"verify.mode=t\n", name,
+                                     L"additional=-Dz\nryn.class.path=;a.jar;;b.jar\n"
+                                     L"ryn.win32.job=true\n"});
+  for (const auto& [vm, commandLine] :
+       {std::pair{L"",
+                  L"\"C:\\jre8\\bin\\javaw.exe\" -Xms1 -Xmx2048 -verbose:gc -Xdebug -Xnoasyncgc "
+                  L"-Djava.compiler=off "
+                  L"-Xnoclassgc -Dz -classpath \"C:\\app\\a.jar;C:\\app\\b.jar;\" "},
+        {L"C:\\old\\bin\\jrew.exe",
+         L"\"C:\\old\\bin\\jrew.exe\" -ms1 -mx2048 -verbose -debug -noasyncgc -nojit -noclassgc -Dz -cp "
+         L"\"C:\\app\\a.jar;C:\\app\\b.jar;C:\\old\\lib\\classes.zip;\" "}}) {
+    environment_ = {{L"RYN_VM", vm}};
+    resolve();
+    ryn_ = L"C:\\app\\hello.ryn";
+    const LaunchPlan plan = planFor(lines);
+    EXPECT_EQ(plan.commandLine.substr(0, std::wstring_view(commandLine).size()), commandLine);
+    EXPECT_TRUE(plan.request.verifyMode);
+    EXPECT_TRUE(plan.request.endsWithLauncher);
+    EXPECT_EQ(planFor(L"ryn.nl.java.option.debugging=t").options.back().text.substr(0, 3),
+              vm[0] == 0 ? L"-Xd" : L"-de");
+  }
+}
+
 TEST_F(ResolveVmTest, APlanTellsTheJavaSideWhatItAsksFor) {
   registerVm(std::wstring(kJre) + L"17.0.2", L"C:\\jre17");
   resolve();
@@ -555,13 +604,15 @@ TEST_F(ResolveVmTest, APlanWritesPathsByTheirShortNames) {
   resolve();
   machine_.file(L"C:\\\u5fdc\\a.jar");
   machine_.file(L"C:\\\u5fdc\\t.tmp");
+  machine_.file(L"C:\\\u00e9.jar");
   machine_.shortPaths = {{L"C:\\\u5fdc", L"C:\\1"},
+                         {L"C:\\\u00e9.jar", L"C:\\3.jar"},
                          {L"C:\\\u5fdc\\a.jar", L"C:\\1\\a.jar"},
                          {L"C:\\\u5fdc\\t.tmp", L"C:\\1\\t.tmp"}};
   ryn_ = L"C:\\\u5fdc\\none.ryn";
   temp_ = L"C:\\\u5fdc\\t.tmp";
   const std::wstring on = L"ryn.win32.short.paths=yes\n";
-  const std::wstring classes = L"ryn.class.path=a.jar;x/*;C:\\\u00e9.jar;C:\\new\\\u6587.jar\n";
+  const std::wstring classes = L"ryn.class.path=a.jar;x/*;C:\\\u00e9.jar;C:\\new\\\u6587.jar;Q:\\\u6587\n";
   EXPECT_EQ(planFor(classes).refusal, LaunchRefusal::kNone);
   // The runtime's own folder has no short name.
   LaunchPlan plan = planFor(on + classes);
@@ -574,7 +625,7 @@ TEST_F(ResolveVmTest, APlanWritesPathsByTheirShortNames) {
   EXPECT_EQ(plan.program, L"C:\\\u6587\\bin\\javaw.exe");
   EXPECT_TRUE(plan.commandLine.starts_with(L"\"C:\\2\\bin\\javaw.exe\" "));
   EXPECT_TRUE(plan.commandLine.ends_with(
-      L" -classpath \"C:\\1\\a.jar;C:\\1\\x\\*;C:\\\u00e9.jar;C:\\new\\\u6587.jar;\" M "
+      L" -classpath \"C:\\1\\a.jar;C:\\1\\x\\*;C:\\\u00e9.jar;C:\\new\\\u6587.jar;Q:\\\u6587;\" M "
       L"\"C:/1/none.ryn\" \"C:/1/t.tmp\" "));
   // A wildcard is as lost as its folder.
   machine_.folder(L"C:\\\u6587");
@@ -603,6 +654,8 @@ TEST_F(ResolveVmTest, APlanTakesTheUsersOptions) {
   };
   const std::wstring user = L"|-Dx|user:-Xmx1g -Da=b|user:-Dc=\u00e9";
   EXPECT_EQ(textOf(planFor(key + L"%APPDATA%/a.vmoptions")), user);
+  machine_.texts[L"D:\\me\\b.vmoptions"] = L"-Dy";
+  EXPECT_EQ(textOf(planFor(key + L"%APPDATA%/b.vmoptions")), L"|-Dx|user:-Dy");
   const LaunchPlan plan = planFor(key + L"a.vmoptions");
   EXPECT_EQ(textOf(plan), user);
   EXPECT_NE(plan.commandLine.find(L"javaw.exe\" -Dx -Xmx1g -Da=b -Dc=\u00e9 -classpath "),

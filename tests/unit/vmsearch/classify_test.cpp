@@ -45,6 +45,7 @@ TEST(ClassifyTest, FillsTheCandidate) {
     EXPECT_EQ(candidate.executable, path);
     EXPECT_EQ(candidate.folder, L"C:\\jre\\bin");
     EXPECT_EQ(candidate.version, VmVersion(17, 0, 9));
+    EXPECT_EQ(candidate.bitnessClass, 0);
   }
   probe.resources[L"C:\\w\\JView.exe"] = product({5, 0, 3810, 0});
   const VmCandidate microsoft = classifyExecutable(L"C:\\w\\JView.exe", probe);
