@@ -132,6 +132,8 @@ TEST(VersionRangeTest, TakesVersionsByTheirNumbers) {
       {L"21-11", "00000000"},
       {L"8-17.0.9", "00111001"},
       {L"0+", "01111111"},
+      {L"12345+", "00000000"},
+      {L"1", "00000000"},
       // No ranges.
       {L"+", ""},
       {L"-", ""},
@@ -152,6 +154,34 @@ TEST(VersionRangeTest, TakesVersionsByTheirNumbers) {
     }
     EXPECT_EQ(fits, expected) << testing::PrintToString(token);
   }
+  // Ten times its update number is what an executable carries from 5 to 8.
+  for (const auto& [version, token] : {std::pair{VmVersion(4, 0, 20), L"4.0.20"},
+                                       {VmVersion(5, 0, 220), L"5.0.22"},
+                                       {VmVersion(8, 0, 2020), L"8.0.202"},
+                                       {VmVersion(9, 0, 40), L"9.0.40"}}) {
+    VmCandidate vm;
+    vm.version = version;
+    vm.executable = L"C:\\java.exe";
+    EXPECT_EQ(matchesToken(vm, token), true) << std::wstring(token);
+  }
+}
+
+TEST(VmChoiceTest, WhatFollowsAChoiceIsNotReached) {
+  VmRules all;
+  all.validVmList = L"JRE";
+  all.platform = 2;
+  VmChoice choice = chooseAmong(vms(L"jre8/0"), all);
+  append(choice, chooseAmong(vms(L"jre7/0 jre9/0 jdk9/0"), all));
+  all.jvmHigh = L"0";
+  append(choice, chooseAmong(vms(L"jre7/0 jre9/0"), all));
+  EXPECT_EQ(outcomes(choice), "CnnTnn");
+}
+
+TEST(VmDialectTest, FollowsKindAndGeneration) {
+  const auto found = vms(L"jre0/0 jre1/0 jre2/0 jdk8/0 msj1/0");
+  const VmDialect dialects[] = {VmDialect::kClassic, VmDialect::kClassic, VmDialect::kModern,
+                                VmDialect::kModern, VmDialect::kMicrosoft};
+  for (size_t i = 0; i < found.size(); ++i) EXPECT_EQ(dialectOf(found[i].candidate), dialects[i]) << i;
 }
 
 }  // namespace
