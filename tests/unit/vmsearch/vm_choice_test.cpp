@@ -67,6 +67,8 @@ TEST(VmChoiceTest, FiltersAndChooses) {
       {L"ALL", 0, L"0", L"jre17/0 jre5/1", "CF"},
       {L"ALL", 64, L"0", L"jre17/1 jre5/0", "CF"},
       {L"", 2, L"", L"jre17/0", "T"},
+      // Nobody is there to ask.
+      {L"Like_8", 2, L"", L"jre8/0", "T"},
       {L"ALL", 2, L"", L"", ""},
   };
   for (const auto& [list, platform, jvmHigh, found, expected] : rows) {
