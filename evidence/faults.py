@@ -51,9 +51,8 @@ def make_pack(version, filler=0):
     """A pack with a stand-in VM in which every file tells the version; its bytes, digest and files."""
     content = random.Random(version)
     with tempfile.TemporaryDirectory() as folder:
-        home = harness.install_vm(folder).parents[1]
         # Behind the end of a program nobody looks.
-        files = {str(path.relative_to(home)): path.read_bytes() + version.encode() for path in home.rglob("*") if path.is_file()}
+        files = {name: content + version.encode() for name, content in pack_server.stand_in_files(folder).items()}
     files |= {f"lib/{number}": version.encode() + content.randbytes(3000) for number in range(20)}
     files |= {f"many/{number}": version.encode() * 100 for number in range(filler)}
     # The last one: what breaks off lacks it.

@@ -4,10 +4,10 @@ import concurrent.futures
 import re
 
 import harness
+import pack_server
 from harness import REPOSITORY, windows_path
 
 from .core import Row
-from .serving import serving, vm_pack
 
 TITLE = "Bad input"
 ABOUT = ("Each value that the launcher reads, of the `.ryn` file, of `jvmspecs.properties` and of a description"
@@ -170,8 +170,9 @@ class Program:
 
 def rows(bench):
     program = Program(bench)
-    with serving(vm_pack(bench.folder)) as url, concurrent.futures.ThreadPoolExecutor(2) as pool:
-        every = list(cases(url))
+    with pack_server.serve() as server, concurrent.futures.ThreadPoolExecutor(2) as pool:
+        server.answers["*"] = pack_server.stand_in_pack(bench.folder)
+        every = list(cases(server.url))
         for subject, text in HOSTILE.items():
             bench.progress(subject)
             outcomes = pool.map(lambda case: program.run(case[1](text)), every)

@@ -11,7 +11,6 @@ import random
 import re
 import shutil
 import struct
-import tempfile
 import time
 import zipfile
 import zlib
@@ -476,7 +475,7 @@ def rows(bench):
     flips = max(FEWEST_FLIPS, LEAST - sum(len(kind.packs) for kind in kinds))
     kinds.insert(2, Kind("Bits flipped", "1 to 4, half of them in headers", list(flipped_packs(flips))))
     total = sum(len(kind.packs) for kind in kinds)
-    good = stand_in_pack()
+    good = pack_server.stand_in_pack(bench.folder)
     with contextlib.ExitStack() as stack:
         server = stack.enter_context(pack_server.serve())
         orphans = stack.enter_context(fetching.Orphans())
@@ -537,13 +536,6 @@ def rows(bench):
                   "streams of files, which Wine's disks do not have; what Windows' Internet cache keeps, of which Wine's"
                   " keeps every pack",
                   [] if done >= LEAST else [f"fewer than {LEAST:,} packs"])
-
-
-def stand_in_pack():
-    with tempfile.TemporaryDirectory() as folder:
-        home = harness.install_vm(folder).parents[1]
-        files = {str(path.relative_to(home)): path.read_bytes() for path in home.rglob("*") if path.is_file()}
-    return pack_server.archive({"vm.zip": pack_server.archive(files), "vm.properties": "x"})
 
 
 def clear_cache(prefix):

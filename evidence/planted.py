@@ -1,5 +1,6 @@
 """Planted libraries: see ABOUT."""
 import contextlib
+import hashlib
 import re
 import shutil
 import subprocess
@@ -7,10 +8,10 @@ import tempfile
 import uuid
 
 import harness
+import pack_server
 from harness import FIXTURES, windows_path
 
 from .core import Row
-from .serving import fetching, serving, vm_pack, write_options
 
 TITLE = "Planted libraries"
 ABOUT = ("A trace of Wine's loader tells which libraries a program asks for. Under each of these names a library that"
@@ -168,17 +169,22 @@ def no_vm(site):
     return site.run()
 
 
-def download(site):
-    pack = vm_pack(site.base)
-    with serving(pack) as address:
-        write_options(site.app, **fetching(address, pack))
+def fetched(site, pack, **options):
+    with pack_server.serve(**options) as server:
+        server.answers["*"] = pack
+        pack_server.write_options(site.app, **pack_server.without_vm(12, "dont__search", server.url + "/jre.vm",
+                                                                     hashlib.md5(pack).hexdigest()))
+        # Where it is unpacked.
+        (site.app.folder / "Windows" / "resource").mkdir(exist_ok=True)
         return site.run()
+
+
+def download(site):
+    return fetched(site, pack_server.stand_in_pack(site.base))
 
 
 def refused_download(site):
-    with serving(b"", certificate=site.base) as address:
-        write_options(site.app, **fetching(address, b""))
-        return site.run()
+    return fetched(site, b"", certificate=site.base)
 
 
 def service(site):

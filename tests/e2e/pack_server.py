@@ -2,8 +2,13 @@
 import contextlib
 import http.server
 import io
+import pathlib
+import ssl
+import subprocess
 import threading
 import zipfile
+
+import harness
 
 
 class Handler(http.server.BaseHTTPRequestHandler):
@@ -14,7 +19,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
     def do_GET(self):
         with contextlib.suppress(BrokenPipeError, ConnectionResetError):
-            answer = self.server.answers.get(self.path)
+            answer = self.server.answers.get(self.path, self.server.answers.get("*"))
             if isinstance(answer, bytes):
                 self.begin(len(answer))
                 self.server.hold()
@@ -33,14 +38,28 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.end_headers()
 
 
+class Server(http.server.ThreadingHTTPServer):
+    def handle_error(self, *_):  # the client hung up
+        pass
+
+
 @contextlib.contextmanager
-def serve(hold=lambda: None):
-    """A server; `answers` has the bytes, or a function of the handler, for each path, and `url` its address. `hold` is
-    called between headers and bytes."""
-    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+def serve(hold=lambda: None, certificate=None):
+    """A server; `answers` has the bytes, or a function of the handler, for each path ("*": for all others), and `url`
+    its address. `hold` is called between headers and bytes. `certificate` names a folder: the server then speaks TLS,
+    with a certificate made there that nobody trusts."""
+    server = Server(("127.0.0.1", 0), Handler)
     server.hold = hold
     server.answers = {}
-    server.url = f"http://127.0.0.1:{server.server_port}"
+    server.url = f"{'https' if certificate else 'http'}://127.0.0.1:{server.server_port}"
+    if certificate:
+        key, own = (pathlib.Path(certificate) / name for name in ("key.pem", "certificate.pem"))
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=127.0.0.1",
+                        "-keyout", key, "-out", own], check=True, capture_output=True)
+        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        context.load_cert_chain(own, key)
+        # Each connection shakes hands when it is first read, in its own thread.
+        server.socket = context.wrap_socket(server.socket, server_side=True, do_handshake_on_connect=False)
     thread = threading.Thread(target=server.serve_forever)
     thread.start()
     try:
@@ -57,6 +76,16 @@ def archive(files, method=zipfile.ZIP_DEFLATED):
         for name, content in files.items():
             target.writestr(name, content)
     return data.getvalue()
+
+
+def stand_in_files(folder):
+    """The files of a runtime with a stand-in VM, which is made in `folder`: name to bytes."""
+    home = harness.install_vm(pathlib.Path(folder) / "packed").parents[1]
+    return {str(path.relative_to(home)): path.read_bytes() for path in home.rglob("*") if path.is_file()}
+
+
+def stand_in_pack(folder):
+    return archive({"vm.zip": archive(stand_in_files(folder)), "vm.properties": "x"})
 
 
 def write_options(app, folder="Windows", **options):

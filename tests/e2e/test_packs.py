@@ -1,6 +1,5 @@
 """VM packs from real servers on the loopback interface: the download and the steps behind it by themselves, where
 their console texts can be read, and whole launches of builds that ship or fetch a VM."""
-import contextlib
 import hashlib
 import os
 import threading
@@ -10,9 +9,9 @@ from pyftpdlib.authorizers import DummyAuthorizer
 from pyftpdlib.handlers import DTPHandler, FTPHandler
 from pyftpdlib.servers import ThreadedFTPServer
 
-from harness import (ERROR_TITLE, LIMIT_SECONDS, NO_VALID_VM, Run, install_vm, own_fixtures, wait_until,
+from harness import (ERROR_TITLE, LIMIT_SECONDS, NO_VALID_VM, Run, own_fixtures, wait_until,
                      windows_path)
-from pack_server import archive, serve, without_vm, write_options
+from pack_server import archive, serve, stand_in_pack, without_vm, write_options
 
 WAIT = "\nDownloading VM Pack - Please Wait!!!\n"
 # Wine's wininet leaves this error behind when it succeeds.
@@ -329,9 +328,7 @@ def test_two_first_starts(web, fetch, tmp_path, ending):
 @pytest.fixture
 def vm_pack(web, tmp_path):
     """A pack with a stand-in VM: its URL and its digest."""
-    home = install_vm(tmp_path / "packed").parents[1]
-    files = {str(path.relative_to(home)): path.read_bytes() for path in home.rglob("*") if path.is_file()}
-    web.answers["/jre.vm"] = pack = archive({"vm.zip": archive(files), "vm.properties": "x"})
+    web.answers["/jre.vm"] = pack = stand_in_pack(tmp_path)
     return web.url + "/jre.vm", hashlib.md5(pack).hexdigest()
 
 

@@ -179,6 +179,16 @@ TEST(VmChoiceTest, WhatFollowsAChoiceIsNotReached) {
   EXPECT_EQ(outcomes(choice), "CnnTnn");
 }
 
+TEST(VmChoiceTest, ThePlatformRanksTheClasses) {
+  const auto found = vms(L"jre9/0 jre8/1");
+  for (const auto& [platform, expected] :
+       {std::pair{1, false}, {3, false}, {0, true}, {2, true}, {4, true}}) {
+    const auto number = static_cast<uint64_t>(platform);
+    EXPECT_EQ(ranksBelow(found[0].candidate, found[1].candidate, number), expected) << platform;
+    EXPECT_EQ(ranksBelow(found[1].candidate, found[0].candidate, number), !expected) << platform;
+  }
+}
+
 TEST(VmDialectTest, FollowsKindAndGeneration) {
   const auto found = vms(L"jre0/0 jre1/0 jre2/0 jdk8/0 msj1/0");
   const VmDialect dialects[] = {VmDialect::kClassic, VmDialect::kClassic, VmDialect::kModern,
