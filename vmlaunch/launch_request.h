@@ -78,7 +78,8 @@ struct LaunchRequest {
   /// What is to be told on standard error when the request is carried out; mostly nothing.
   std::wstring diagnostics;
 
-  /// Sets every field of a fresh `request` from `facts`. An unknown verbosity is told in `diagnostics` and ignored.
+  /// Sets every field of a fresh `request` from `facts`. An unknown verbosity is told in `diagnostics` and
+  /// ignored.
   static void fillFromProperties(const LaunchFacts& facts, LaunchRequest& request);
 };
 

@@ -466,12 +466,16 @@ TEST_F(ResolveVmTest, DescriptionsNeedTheWordAndACount) {
     jvmspecs_ = complete + line;
     EXPECT_EQ(chosen(), L"") << testing::PrintToString(line);
   }
+  // Of two, the first has no name and the second is not counted.
+  jvmspecs_ = complete + L"build.jvmspec.0=\nbuild.jvmspec.1=0\n";
+  EXPECT_EQ(chosen(), L"");
   // What is counted need not be there; what has a key is read, in the order of the numbers.
   machine_.vm(L"C:\\two", {11, 0, 0, 0});
   describe(hints(L"C:\\two"));
-  jvmspecs_ = complete +
-              L"build.jvmspec.10=0\nbuild.jvmspec.9=1\nbuild.jvmspec.0=\nbuild.jvmspec.08=0\n"
-              L"build.jvmspec.total.num=11111111111\n";
+  jvmspecs_ =
+      complete +
+      L"build.jvmspec.10=0\nbuild.jvmspec.9=1\nbuild.jvmspec.0=\nbuild.jvmspec.08=0\nbuild.jvmspec.-1=0\n"
+      L"build.jvmspec.total.num=11111111111\n";
   EXPECT_EQ(chosen(), L"C:\\two");
 }
 

@@ -60,7 +60,7 @@ TEST(VmChoiceTest, FiltersAndChooses) {
       {L"  j1   j2 ", 2, L"1", L"jre1/0 msj1/0 jre2/0", "OTC"},
       // A VM of the other bitness is none, and a later token does not bring it back.
       {L"JRE ALL", 1, L"", L"jre17/0 jre8/1 jdk9/0", "BCB"},
-      {L"JRE JDK", 1, L"", L"jre8/1", "B"},
+      {L"JRE JDK", 1, L"", L"jre8/0", "B"},
       {L"JRE ALL", 3, L"0", L"jre17/1 jre8/0", "BC"},
       {L"ALL", 1, L"", L"jre17/0", "B"},
       // Where both are admitted, class 1 beats any version of class 0.
