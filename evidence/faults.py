@@ -432,7 +432,7 @@ class Holder:
         host = self._bed.bench.host
         vm = harness.install_stand_in(self._bed.bench.folder / "holder" / "java.exe")
         self._process = subprocess.Popen(
-            ["wine", "cmd", "/c", f"{harness.windows_path(vm)} >> {harness.windows_path(self._path)}"],
+            host.command("cmd", "/c", f"{harness.windows_path(vm)} >> {harness.windows_path(self._path)}"),
             env=host.environment | {"STAND_IN_WAIT": self._event}, **dict.fromkeys(("stdin", "stdout", "stderr"), subprocess.DEVNULL))
         harness.wait_until(self._path.exists, "the file that is held")
         return self

@@ -196,7 +196,7 @@ def service(site):
     options = site.options()
     environment = options["env"] | options["host_environment"] | {"WINEPATH": options["path"]}
     command = f'"{windows_path(site.program)}" -tqrynservice {name}'
-    done = subprocess.run(["wine", FIXTURES / "service_driver.exe", name, command, "beside", "ended"], timeout=180,
+    done = subprocess.run(site.host.command(FIXTURES / "service_driver.exe", name, command, "beside", "ended"), timeout=180,
                           env=site.host.environment | environment, cwd=options["folder"], capture_output=True)
     site.trace = done.stderr.decode("latin-1")
     return done.stdout.decode().split(), len(harness.read_records(record)), done.returncode

@@ -14,9 +14,9 @@ ABOUT = ("Launches one after the other and side by side, and rounds of a service
          "Windows is never started anew. Between batches is counted what a start can leave behind: processes, what Wine's "
          "server keeps (memory, and files it has open: every handle, event, process and key lives in it), temporary files, "
          "files of the prefix. The first batch does not count, it warms up.")
-LAUNCHES, BATCH = 150, 50
-SIDE_BY_SIDE, STREAMS = 50, 10
-ROUNDS, ROUND_BATCH = 20, 10
+LAUNCHES, BATCH = 10_000, 500
+SIDE_BY_SIDE, STREAMS = 1_000, 10
+ROUNDS, ROUND_BATCH = 1_000, 100
 BENCH = BUILD / "tools" / "benchmarks"
 VM_EXIT_CODE = 42  # of bench_noop.exe
 WINE_LEAKS = "what Windows itself keeps of a process; handles of Wine are those of its server"
@@ -68,7 +68,7 @@ def compared(row, first, last):
 
 def launches(host, app, count):
     """Starts the application so many times, one after the other; an error unless each ended with the VM's code."""
-    done = subprocess.run(["wine", BENCH / "bench_launch.exe", str(count), str(VM_EXIT_CODE), f'"{windows_path(app.program)}"'],
+    done = subprocess.run(host.command(BENCH / "bench_launch.exe", count, VM_EXIT_CODE, f'"{windows_path(app.program)}"'),
                           env=host.environment, capture_output=True, text=True, timeout=60 + count * 5)
     if done.returncode != 0 or len(done.stdout.splitlines()) != count:
         raise RuntimeError(f"{len(done.stdout.splitlines())} of {count} launches: {done.stderr}")
@@ -118,7 +118,7 @@ def services(bench, app):
     command = f'"{windows_path(app.program)}" -tqrynservice ryn-soak'
     for done in range(0, ROUNDS, ROUND_BATCH):
         bench.progress(f"{done:,} of {ROUNDS:,} rounds")
-        ended = subprocess.run(["wine", FIXTURES / "service_driver.exe", "ryn-soak", command, f"rounds={ROUND_BATCH}"],
+        ended = subprocess.run(bench.host.command(FIXTURES / "service_driver.exe", "ryn-soak", command, f"rounds={ROUND_BATCH}"),
                                env=bench.host.environment, capture_output=True, text=True, timeout=60 + ROUND_BATCH * 10)
         # Any start or end that went wrong has a line of its own.
         if ended.returncode != 0 or [line.split()[0] for line in ended.stdout.splitlines()] != ["rounds"]:
@@ -132,8 +132,8 @@ def services(bench, app):
 
 def rows(bench):
     # Wine takes the variables for it from its registry.
-    name = subprocess.run(["wine", "cmd", "/c", "echo", "%TEMP%"], env=bench.host.environment, capture_output=True, text=True,
-                          timeout=60, check=True).stdout.strip()
+    name = subprocess.run(bench.host.command("cmd", "/c", "echo", "%TEMP%"), env=bench.host.environment, capture_output=True,
+                          text=True, timeout=60, check=True).stdout.strip()
     temp = bench.host.prefix / "drive_c" / name.removeprefix("C:\\").replace("\\", "/")
     for path in temp.iterdir():
         shutil.rmtree(path) if path.is_dir() else path.unlink()
