@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "provision/application_paths.h"
+#include "provision/url_scheme.h"
 #include "tests/unit/provision/zip_builder.h"
 
 namespace ryn {
@@ -23,6 +24,19 @@ TEST(ApplicationPathsTest, NamesPlacesInOrder) {
             (Paths{L"C:\\a\\jre\\jre\\bin\\ryn.unpacking", L"C:\\a\\jre\\jre\\ryn.unpacking",
                    L"C:\\a\\jre\\ryn.unpacking"}));
   EXPECT_EQ(unpackMarkers(L"C:\\a"), (Paths{L"C:\\a\\ryn.unpacking", L"C:\\ryn.unpacking"}));
+}
+
+TEST(UrlSchemeTest, GoesByTheFirstLetters) {
+  for (const auto& [url, scheme] : {std::pair{L"http://a", UrlScheme::kHttp},
+                                    {L"https://a", UrlScheme::kHttp},
+                                    {L"ftp://a", UrlScheme::kFtp},
+                                    {L"HTTP://a", UrlScheme::kOther},
+                                    {L"file:///ftp.http", UrlScheme::kOther}}) {
+    EXPECT_EQ(urlScheme(url), scheme) << std::wstring(url);
+  }
+  EXPECT_TRUE(namesPack(L"http://a/b.vm"));
+  for (const wchar_t* other : {L"http://a/b.VM", L".vm/b", L""})
+    EXPECT_FALSE(namesPack(other)) << std::wstring(other);
 }
 
 TEST(EntryNameTest, DropsLeadingRootsAndEnclosedParents) {
@@ -49,7 +63,7 @@ TEST(EntryNameTest, DropsLeadingRootsAndEnclosedParents) {
       {"a..b/...", L"a..b/..."},
       {"file:stream", L"file:stream"},
       {"\xC3\xA4/\xE4\xB8\xAD", L"\u00e4/\u4e2d"},
-      {std::string("a\0b", 3), L"a"},
+      {std::string("a\0b\0c", 5), L"a"},
       {std::string(300, 'x'), std::wstring(260, L'x')},
       {"C:" + std::string(300, 'x'), std::wstring(258, L'x')},
       {"", L""},
@@ -101,6 +115,7 @@ TEST(EntryTimesTest, TimestampBlockReplacesDosTimes) {
       {"before 1970", utBlock(1, {0xFFFFFFFF}), {d, d, kUnixEpoch - 10'000'000}},
       {"the first of two", utBlock(1, {1}) + utBlock(1, {2}), {d, d, unixTicks(1)}},
       {"behind a long block", other + utBlock(1, {1000}), {d, d, unixTicks(1000)}},
+      {"cut by one byte", utBlock(1, {1000}).substr(0, 8), dos},
       {"cut short", utBlock(1, {1000}).substr(0, 7), dos},
       {"empty block", utBlock(1, {}).substr(0, 4), dos},
       {"length beyond the field", "XX\xFF\xFF" + utBlock(1, {1000}), dos},

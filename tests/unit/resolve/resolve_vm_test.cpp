@@ -280,7 +280,10 @@ TEST_F(ResolveVmTest, AsksTheValidatorOnlyWhereThereIsOne) {
 }
 
 TEST_F(ResolveVmTest, LooksIntoHintedPlaces) {
-  machine_.vm(L"C:\\app", {25, 0, 0, 0});
+  for (const wchar_t* nowhere : {L"C:\\app\\java.exe", L"java.exe"}) {
+    machine_.file(nowhere);
+    machine_.resources[nowhere].productVersion = {25, 0, 0, 0};
+  }
   machine_.vm(L"C:\\app\\one", {11, 0, 0, 0});
   machine_.vm(L"C:\\two\\bin", {12, 0, 0, 0});
   machine_.vm(L"C:\\three\\jre\\bin", {13, 0, 0, 0});
@@ -304,6 +307,8 @@ TEST_F(ResolveVmTest, LooksIntoHintedPlaces) {
       {hints(L"C:\\two\\"), L"C:\\two"},
       {hints(L"C:\\two\\bin\\java.exe"), L"C:\\two"},
       {hints(L"C:\\two\\bin\\javaw.exe"), L""},
+      {hints(L"C:\\two" + std::wstring(32'761, L';')), L"C:\\two"},
+      {hints(L"C:\\two" + std::wstring(32'762, L';')), L""},
       {hints(L"C:\\three"), L"C:\\three\\jre"},
       {hints(L"%TWO%"), L"C:\\two"},
       {hints(L"C:\\%LEAF%\\"), L"C:\\two"},
