@@ -24,7 +24,10 @@ double run(std::wstring command, DWORD expectedCode) {
   GetExitCodeProcess(started.hProcess, &exitCode);
   CloseHandle(started.hProcess);
   CloseHandle(started.hThread);
-  if (waited != WAIT_OBJECT_0 || exitCode != expectedCode) return -1;
+  if (waited != WAIT_OBJECT_0 || exitCode != expectedCode) {
+    std::fprintf(stderr, "wait %lu, exit code %lu\n", waited, exitCode);
+    return -1;
+  }
   return 1000.0 * static_cast<double>(after.QuadPart - before.QuadPart) /
          static_cast<double>(frequency.QuadPart);
 }
