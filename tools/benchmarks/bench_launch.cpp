@@ -16,8 +16,11 @@ double run(std::wstring command, DWORD expectedCode) {
   info.cb = sizeof(info);
   PROCESS_INFORMATION started = {};
   QueryPerformanceCounter(&before);
-  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &info, &started))
+  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &info,
+                      &started)) {
+    std::fprintf(stderr, "not started: error %lu\n", GetLastError());
     return -1;
+  }
   const DWORD waited = WaitForSingleObject(started.hProcess, 60000);
   QueryPerformanceCounter(&after);
   DWORD exitCode = 0;

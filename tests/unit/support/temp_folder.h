@@ -57,7 +57,7 @@ class TempFolder {
   }
 
   /// Makes or replaces the file `name` with the folders above it and returns its full path.
-  std::wstring write(std::wstring_view name, std::string_view bytes = {}) const {
+  std::wstring write(std::wstring_view name, std::string_view bytes = "") const {
     std::filesystem::create_directories(folderPart(at(name)));
     const CStream stream(_wfopen(at(name).c_str(), L"wb"));
     if (!stream || std::fwrite(bytes.data(), 1, bytes.size(), stream.get()) != bytes.size())
