@@ -105,6 +105,7 @@ TEST(VmProgramTest, FollowsTheKindAndTheConsole) {
   for (const wchar_t* path :
        {L"C:\\modern\\bin\\java.exe", L"C:\\modern\\bin\\javaw.exe", L"C:\\windowless\\bin\\javaw.exe",
         L"C:\\consoleonly\\bin\\java.exe", L"C:\\W\\System32\\javaw.exe", L"C:\\W\\System32\\java.exe",
+        L"C:\\W\\System32\\bin\\javaw.exe", L"C:\\W\\SysWOW64\\bin\\javaw.exe", L"C:\\W\\SysWOW64\\javaw.exe",
         L"C:\\old\\bin\\jre.exe", L"C:\\old\\bin\\jrew.exe"}) {
     probe.file(path);
   }
@@ -121,6 +122,7 @@ TEST(VmProgramTest, FollowsTheKindAndTheConsole) {
       // Without the windowless program the other one in "bin" does not count either.
       {L"C:\\consoleonly", VmKind::kJre, 8, L"C:\\consoleonly\\javaw.exe", L"C:\\consoleonly\\java.exe"},
       {L"C:\\W\\System32", VmKind::kJre, 8, L"C:\\W\\System32\\javaw.exe", L"C:\\W\\System32\\java.exe"},
+      {L"C:\\W\\SysWOW64", VmKind::kJre, 8, L"C:\\W\\SysWOW64\\javaw.exe", L"C:\\W\\SysWOW64\\java.exe"},
       {L"C:\\old", VmKind::kJre, 1, L"C:\\old\\bin\\jrew.exe", L"C:\\old\\bin\\jre.exe"},
       {L"C:\\gone", VmKind::kJdk, 0, L"C:\\gone\\bin\\javaw.exe", L"C:\\gone\\bin\\java.exe"},
       {L"C:\\ms", VmKind::kMsj, 4, L"C:\\ms\\wjview.exe", L"C:\\ms\\jview.exe"},

@@ -36,6 +36,7 @@ TEST(VmDescriptionTest, CollectsBlocks) {
   EXPECT_THAT(description.platformHints, ElementsAre(L"Windows", L"VERSION: 1"));
   EXPECT_TRUE(VmDescription::parse(L"").empty());
   EXPECT_TRUE(VmDescription::parse(L"# nothing\nPATH_HINT:\n/:\n").empty());
+  EXPECT_FALSE(VmDescription::parse(L"JVM_EXE: x\n").empty());
 }
 
 }  // namespace
