@@ -55,13 +55,15 @@ def run(host, name):
             "seconds": round(time.monotonic() - start), "versions": versions(), "rows": rows}
 
 
-def document(parts):
+def document(parts, missing):
     def cell(text):
         return text.replace("|", "\\|").replace("\n", " ")
 
     lines = ["# What the launcher survives", "",
              "Made by `tools/evidence`, which ends with an error when a promise does not hold. Each part says when and with",
              "what it was run. Nothing here is a limit of time: figures of time are what was seen on one machine.", ""]
+    if missing:
+        lines += [f"Not run for this document: {', '.join(missing)}.", ""]
     for part in parts:
         rows = part["rows"]
         lines += [f"## {part['title']}", "", part["about"], "",
@@ -88,7 +90,8 @@ def main():
             kept.write_text(json.dumps(run(host, name), indent=1))
     # Parts that were run another day stay in the document.
     parts = [json.loads(kept.read_text()) for name in PARTS if (kept := KEPT / f"{name}.json").exists()]
-    DOCUMENT.write_text(document(parts), "utf-8")
+    missing = [name for name in PARTS if not (KEPT / f"{name}.json").exists()]
+    DOCUMENT.write_text(document(parts, missing), "utf-8")
     broken = sum(len(row["broken"]) for part in parts for row in part["rows"])
     print(f"\n{len(parts)} of {len(PARTS)} parts, {broken} promises broken; written to {DOCUMENT.relative_to(harness.REPOSITORY)}")
     return 1 if broken else 0
