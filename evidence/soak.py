@@ -68,11 +68,8 @@ def compared(row, first, last):
 
 def launches(host, app, count):
     """Starts the application so many times, one after the other; an error unless each ended with the VM's code."""
-    # Where the system places memory at random, CreateProcess of Wine 8 now and then fails with an internal error (1359),
-    # before the launcher has begun.
     command = host.command(BENCH / "bench_launch.exe", count, VM_EXIT_CODE, f'"{windows_path(app.program)}"')
-    done = subprocess.run(["setarch", "--addr-no-randomize", *command],
-                          env=host.environment, capture_output=True, text=True, timeout=60 + count * 5)
+    done = subprocess.run(command, env=host.environment, capture_output=True, text=True, timeout=60 + count * 5)
     if done.returncode != 0 or len(done.stdout.splitlines()) != count:
         raise RuntimeError(f"{len(done.stdout.splitlines())} of {count} launches: {done.stderr[-500:]}")
 
