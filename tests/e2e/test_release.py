@@ -59,15 +59,21 @@ def test_an_application_is_made_checked_and_started(release, hello, host, runtim
     assert report["program"].startswith(app.windows_folder() + "\\jre\\bin\\java")
 
 
-@pytest.mark.skipif(not shutil.which("mvn"), reason="needs Maven")
-def test_maven_makes_one(release, tmp_path):
-    """The sample's build; what it gets from the network stays in build/m2."""
+MAVEN = ["mvn", "--batch-mode", "--quiet", "-Dmaven.repo.local={kept}/m2", "-Dryn.repository={files}", "package"]
+GRADLE = ["gradle", "--no-daemon", "--quiet", "--gradle-user-home={kept}/gradle", "-PrynRepository={files}", "application"]
+
+
+@pytest.mark.parametrize("command, folder", [(MAVEN, "maven/target"), (GRADLE, "gradle/build")], ids=["maven", "gradle"])
+def test_build_tools_make_one(release, tmp_path, command, folder):
+    """By the samples' builds. What they get from the network stays in build/."""
+    if not shutil.which(command[0]):
+        pytest.skip("tools/setup builders installs it")
     shutil.copytree(release / "samples", tmp_path / "samples")
-    local = harness.REPOSITORY / "build" / "m2"
-    shutil.rmtree(local / "com" / "vantu", ignore_errors=True)
-    run("mvn", "--batch-mode", "--quiet", f"-Dmaven.repo.local={local}", f"-Dryn.repository={(DIST / 'maven').as_uri()}",
-        "package", cwd=tmp_path / "samples" / "maven")
-    made = tmp_path / "samples/maven/target/Hello"
+    kept = harness.REPOSITORY / "build"
+    shutil.rmtree(kept / "m2" / "com" / "vantu", ignore_errors=True)
+    run(*(word.format(kept=kept, files=(DIST / "maven").as_uri()) for word in command),
+        cwd=tmp_path / "samples" / folder.split("/")[0])
+    made = tmp_path / "samples" / folder / "Hello"
     names = sorted(path.name for path in made.rglob("*.*"))
     assert names == ["Hello.exe", "Hello.ryn", "hello-1.2.0.jar", "ryn-start.jar"]
     run(release / "ryn", "check", made)
