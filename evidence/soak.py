@@ -109,9 +109,9 @@ def side_by_side(bench, app, temp):
     return compared(row, first, machine.count())
 
 
-def services(bench, app):
+def services(bench, app, temp):
     row = Row("rounds of a service: started, running, stopped, ended", f"{ROUNDS:,}", "", WINE_LEAKS)
-    machine, first = Machine(bench.host), None
+    machine, more, first = Machine(bench.host), 0, None
     home = app.folder / "service"
     install_vm(home, "sun_11", wait="ryn-soak-never")
     app.configure(ryn__nl__current__vm=r"service\bin\javaw.exe")
@@ -123,9 +123,12 @@ def services(bench, app):
         # Any start or end that went wrong has a line of its own.
         if ended.returncode != 0 or [line.split()[0] for line in ended.stdout.splitlines()] != ["rounds"]:
             raise RuntimeError(f"a round went wrong: {ended.stdout}{ended.stderr}")
+        more += designed_files(row, temp, ROUND_BATCH)
         first = first or machine.count()
     alive = bench.host.signal("ryn-soak-never", check=False)
-    row.outcome = f"each stopped with exit code 0; VMs that live on: {int(alive)}"
+    row.outcome = (f"each stopped with exit code 0; VMs that live on: {int(alive)};"
+                   f" temporary files beyond the designed one: {more}")
+    row.expect(more == 0, f"{more} temporary files stayed")
     row.expect(not alive, "a VM outlived its service")
     return compared(row, first, machine.count())
 
@@ -145,4 +148,4 @@ def rows(bench):
         app.configure(ryn__nl__current__vm=r"vm\bin\javaw.exe")
         yield in_sequence(bench, app, temp)
         yield side_by_side(bench, app, temp)
-        yield services(bench, app)
+        yield services(bench, app, temp)
