@@ -1,5 +1,6 @@
 # Compiles the Java sources below SOURCES for Java 8 and packs OUTPUT. The same sources and compiler give the same bytes,
-# wherever and whenever: the order of entries and their times are fixed.
+# wherever and whenever: the order of entries and their times are fixed, and the manifest says who made it, or `jar` would
+# add its own version.
 #   cmake -DJAVAC=... -DJAR=... -DSOURCES=... -DMANIFEST=... -DCLASSES=... -DOUTPUT=... -P MakeJar.cmake
 
 cmake_policy(VERSION 3.25)
