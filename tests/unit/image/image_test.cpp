@@ -173,7 +173,7 @@ TEST(VersionInfoTest, ReadsWhatItWritesAndOtherOrders) {
   EXPECT_EQ(versionText(info.fileVersion), L"2.4.0.17");
 
   // The other part first, as some compilers write it: 40 bytes of header and key, 52 of numbers.
-  const auto split = std::ptrdiff_t{92} + (readU16(bytes, 92) + 3) / 4 * 4;
+  const auto split = 92 + std::ptrdiff_t{(readU16(bytes, 92) + 3) / 4} * 4;
   Bytes swapped(bytes.begin(), bytes.begin() + 92);
   swapped.insert(swapped.end(), bytes.begin() + split, bytes.end());
   swapped.insert(swapped.end(), bytes.begin() + 92, bytes.begin() + split);

@@ -564,8 +564,7 @@ TEST_F(ResolveVmTest, APlanWritesEveryOption) {
   const std::wstring lines = concat({heap, L"initial=1\n", heap, L"max=2k\n", name, L"verbose=GC\n", name,
                                      L"debugging=t\n", collector, L"background.thread=t\n", collector,
                                      L"extent=x\n", name, L"compiler=t\n", name, L"verify.mode=t\n", name,
-                                     L"additional=-Dz\nryn.class.path=;a.jar;;b.jar\n"
-                                     L"ryn.win32.job=true\n"});
+                                     L"additional=-Dz\nryn.class.path=;a.jar;;b.jar\nryn.win32.job=true\n"});
   for (const auto& [vm, commandLine] :
        {std::pair{L"",
                   L"\"C:\\jre8\\bin\\javaw.exe\" -Xms1 -Xmx2048 -verbose:gc -Xdebug -Xnoasyncgc "
