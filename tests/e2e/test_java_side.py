@@ -14,6 +14,13 @@ QUIET = "-XX:-PrintWarnings"
 
 
 @pytest.fixture
+def tmp_path(tmp_path_factory):
+    """Wine makes short names by a hash of 15 bits: among the long names of hundreds of tests two are the same, and a path
+    of short names leads astray. A name that is short already stays."""
+    return tmp_path_factory.mktemp("java")
+
+
+@pytest.fixture
 def make_plain(make_app, java_classes):
     """make_plain(folder, **properties): an application whose program prints what it was given."""
     def make(folder, **properties):
